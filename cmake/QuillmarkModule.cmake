@@ -1,0 +1,38 @@
+# quillmark_module(NAME USES LIBRARIES…): one folder, one static library, its dependencies in one line.
+# A module under src/ takes every .cpp below its folder; headers are included as "folder/Header.h".
+
+set(QUILLMARK_STRICT_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+set(QUILLMARK_QT_WARNINGS -Wall -Wextra -Werror)
+
+function(quillmark_module name)
+  cmake_parse_arguments(arg "QT" "" "USES" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${arg_USES})
+  if(arg_QT)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_compile_definitions(${name} PRIVATE QT_NO_CAST_FROM_ASCII QT_NO_KEYWORDS)
+    target_compile_options(${name} PRIVATE ${QUILLMARK_QT_WARNINGS})
+  else()
+    target_compile_options(${name} PRIVATE ${QUILLMARK_STRICT_WARNINGS})
+  endif()
+endfunction()
+
+# quillmark_tests(NAME USES LIBRARIES…): one test program for the folder it stands in.
+function(quillmark_tests name)
+  cmake_parse_arguments(arg "" "TIMEOUT" "USES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE ${arg_USES} GTest::gtest)
+  target_compile_options(${name} PRIVATE ${QUILLMARK_QT_WARNINGS})
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT})
+endfunction()

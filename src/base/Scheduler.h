@@ -1,0 +1,126 @@
+// The program's only door to time and to other threads. desktop/ implements it on Qt's event loop and a thread
+// pool; tests crank a double by hand, so that no test sleeps.
+#pragma once
+
+#include "base/Clock.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace quillmark {
+
+/// Says to running work that its result is no longer wanted. Any thread.
+class CancelToken {
+public:
+    CancelToken() = default;
+    explicit CancelToken(std::shared_ptr<const std::atomic<bool>> flag)
+        : m_flag(std::move(flag))
+    {
+    }
+    bool isCancelled() const { return m_flag && m_flag->load(std::memory_order_relaxed); }
+
+private:
+    std::shared_ptr<const std::atomic<bool>> m_flag;
+};
+
+/// The owning handle of something that will happen. Destroying it or assigning another one cancels: a callback
+/// that has not run yet never runs. A debounce is `m_task = scheduler.after(…)`. Main thread only.
+class Task {
+public:
+    Task() = default;
+    Task(Task&&) noexcept = default;
+    Task& operator=(Task&& other) noexcept
+    {
+        cancel();
+        m_flag = std::move(other.m_flag);
+        return *this;
+    }
+    ~Task() { cancel(); }
+
+    void cancel()
+    {
+        if (m_flag)
+            m_flag->store(true, std::memory_order_relaxed);
+        m_flag.reset();
+    }
+
+    /// True while the callback has neither run nor been cancelled.
+    bool isPending() const { return m_flag && !m_flag->load(std::memory_order_relaxed); }
+
+    explicit Task(std::shared_ptr<std::atomic<bool>> flag)
+        : m_flag(std::move(flag))
+    {
+    }
+
+private:
+    std::shared_ptr<std::atomic<bool>> m_flag; ///< true once cancelled or run
+};
+
+enum class Priority { userInitiated, utility };
+
+class Scheduler {
+public:
+    virtual ~Scheduler() = default;
+
+    /// Runs `f` on the main thread in a later turn of the event loop, after everything posted before. Any thread.
+    virtual void post(std::function<void()> f) = 0;
+
+    virtual SteadyTime now() const = 0; ///< any thread
+    virtual WallTime wallNow() const = 0; ///< any thread
+
+    /// Calls `f` on the main thread once `delay` has passed, unless the Task is cancelled first. Main thread.
+    [[nodiscard]] Task after(Duration delay, std::function<void()> f)
+    {
+        return guarded(std::move(f), [&](std::function<void()> g) { runAfter(delay, std::move(g)); });
+    }
+
+    /// Runs `work(const CancelToken&)` on another thread and then `then(result)` on the main thread, unless the
+    /// Task is cancelled first. Work should look at its token now and then. `work` must own what it reads.
+    template <class Work, class Then>
+    [[nodiscard]] Task background(Priority priority, Work work, Then then)
+    {
+        using Value = std::invoke_result_t<Work, const CancelToken&>;
+        auto flag = std::make_shared<std::atomic<bool>>(false);
+        const CancelToken token(flag);
+        auto value = std::make_shared<std::optional<Value>>();
+        auto sharedThen = std::make_shared<Then>(std::move(then));
+        runInBackground(priority, [this, flag, token, value, work = std::move(work), sharedThen]() mutable {
+            if (token.isCancelled())
+                return;
+            value->emplace(work(token));
+            post([flag, value, sharedThen] {
+                if (!flag->exchange(true))
+                    (*sharedThen)(std::move(**value));
+            });
+        });
+        return Task(std::move(flag));
+    }
+
+    /// Runs `work` on another thread. Nothing cancels it; the process waits for it before it ends. Any thread.
+    virtual void runInBackground(Priority priority, std::function<void()> work) = 0;
+
+    /// Calls `readable` on the main thread each time the descriptor has something to read, until the Task is
+    /// cancelled, which must happen before the descriptor is closed. Main thread.
+    [[nodiscard]] virtual Task watchDescriptor(int descriptor, std::function<void()> readable) = 0;
+
+protected:
+    /// Calls `f` on the main thread once `delay` has passed. Main thread.
+    virtual void runAfter(Duration delay, std::function<void()> f) = 0;
+
+    template <class Start>
+    static Task guarded(std::function<void()> f, Start start)
+    {
+        auto flag = std::make_shared<std::atomic<bool>>(false);
+        start([flag, f = std::move(f)] {
+            if (!flag->exchange(true))
+                f();
+        });
+        return Task(std::move(flag));
+    }
+};
+
+} // namespace quillmark

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace quillmark {
+
+/// The clipboard and the primary selection, as plain text. Main thread only.
+class Clipboard {
+public:
+    enum class Buffer { clipboard, primarySelection };
+
+    virtual ~Clipboard() = default;
+    virtual bool hasText(Buffer buffer = Buffer::clipboard) const = 0;
+    virtual std::u16string text(Buffer buffer = Buffer::clipboard) const = 0; ///< empty when it holds no text
+    virtual void setText(std::u16string text, Buffer buffer = Buffer::clipboard) = 0;
+};
+
+} // namespace quillmark
