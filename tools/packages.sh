@@ -8,9 +8,10 @@ runtime_packages=(qt6-wayland qt6-translations-l10n fonts-dejavu-core fonts-noto
 virtual_display_packages=(xvfb xauth)
 test_packages=(
     libgtest-dev libbenchmark-dev xvfb openbox dbus x11-xkb-utils
-    libx11-dev libxtst-dev
+    libxcb1-dev libxcb-xtest0-dev
 )
 check_packages=(clang-format-19)
+tidy_packages=(clang-19 clang-tidy-19)
 
 # require_packages PACKAGE…: installs what is missing where it may; elsewhere says what is missing and gives up.
 require_packages() {
