@@ -1,0 +1,263 @@
+#include "probe/XServer.h"
+
+#include "probe/Process.h"
+
+#include <xcb/xtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace quillmark::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Free {
+    void operator()(void* reply) const { std::free(reply); }
+};
+template <class T> using Reply = std::unique_ptr<T, Free>;
+
+constexpr uint32_t rootColour = 0x00FF00FF; ///< nothing that a program paints
+
+struct NamedKey {
+    std::string_view name;
+    uint32_t keysym;
+};
+constexpr std::array namedKeys = {
+    NamedKey{"ctrl", 0xFFE3},
+    NamedKey{"shift", 0xFFE1},
+    NamedKey{"alt", 0xFFE9},
+    NamedKey{"Return", 0xFF0D},
+    NamedKey{"BackSpace", 0xFF08},
+    NamedKey{"Delete", 0xFFFF},
+    NamedKey{"Tab", 0xFF09},
+    NamedKey{"Escape", 0xFF1B},
+    NamedKey{"Home", 0xFF50},
+    NamedKey{"End", 0xFF57},
+    NamedKey{"Left", 0xFF51},
+    NamedKey{"Up", 0xFF52},
+    NamedKey{"Right", 0xFF53},
+    NamedKey{"Down", 0xFF54},
+    NamedKey{"Prior", 0xFF55},
+    NamedKey{"Next", 0xFF56},
+};
+
+uint32_t keysymOf(std::string_view name)
+{
+    for (const NamedKey& key : namedKeys)
+        if (key.name == name)
+            return key.keysym;
+    if (name.size() == 1)
+        return static_cast<unsigned char>(name[0]);
+    throw std::invalid_argument("no such key: " + std::string(name));
+}
+
+} // namespace
+
+XServer::XServer(WindowManager windowManager)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        throw std::runtime_error("pipe");
+    m_server = spawn({.program = "Xvfb",
+        .arguments = {"-displayfd", std::to_string(fds[1]), "-screen", "0", "1600x1000x24", "-nolisten",
+            "tcp", "-noreset", "-dpi", "96"},
+        .quiet = true,
+        .keepDescriptor = fds[1]});
+    close(fds[1]);
+    char number[16] = {};
+    const ssize_t got = read(fds[0], number, sizeof number - 1);
+    close(fds[0]);
+    if (got <= 0)
+        throw std::runtime_error("Xvfb did not start");
+    m_display = ":" + std::to_string(std::atoi(number));
+
+    m_connection = xcb_connect(m_display.c_str(), nullptr);
+    if (xcb_connection_has_error(m_connection))
+        throw std::runtime_error("no connection to Xvfb");
+    m_screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+    xcb_change_window_attributes(m_connection, m_screen->root, XCB_CW_BACK_PIXEL, &rootColour);
+    xcb_clear_area(m_connection, 0, m_screen->root, 0, 0, 0, 0);
+    xcb_flush(m_connection);
+    readKeyboard();
+
+    if (windowManager == WindowManager::openbox) {
+        m_manager = spawn({.program = "openbox",
+            .arguments = {"--sm-disable"},
+            .environment = {{"DISPLAY", m_display}},
+            .quiet = true});
+        // Ready when it owns the selection of window managers.
+        const std::string name = "WM_S0";
+        for (int i = 0; i < 500; ++i) {
+            const auto atom
+                = xcb_intern_atom(m_connection, 0, static_cast<uint16_t>(name.size()), name.c_str());
+            const Reply<xcb_intern_atom_reply_t> a(xcb_intern_atom_reply(m_connection, atom, nullptr));
+            const Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+                m_connection, xcb_get_selection_owner(m_connection, a->atom), nullptr));
+            if (owner && owner->owner != XCB_NONE)
+                return;
+            std::this_thread::sleep_for(10ms);
+        }
+        throw std::runtime_error("openbox did not start");
+    }
+}
+
+XServer::~XServer()
+{
+    if (m_manager)
+        killAndWait(m_manager);
+    xcb_disconnect(m_connection);
+    killAndWait(m_server);
+}
+
+std::string XServer::output(const std::string& command) const
+{
+    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(
+        popen(("DISPLAY=" + m_display + " " + command).c_str(), "r"), pclose);
+    std::string text;
+    std::array<char, 512> buffer;
+    while (pipe && fgets(buffer.data(), buffer.size(), pipe.get()))
+        text += buffer.data();
+    return text;
+}
+
+void XServer::readKeyboard()
+{
+    const xcb_setup_t* setup = xcb_get_setup(m_connection);
+    m_firstKeycode = setup->min_keycode;
+    const auto count = static_cast<uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    const Reply<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
+        m_connection, xcb_get_keyboard_mapping(m_connection, m_firstKeycode, count), nullptr));
+    const xcb_keysym_t* keysyms = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    m_keysyms.assign(keysyms, keysyms + xcb_get_keyboard_mapping_keysyms_length(mapping.get()));
+    m_keysymsPerKeycode = mapping->keysyms_per_keycode;
+}
+
+uint8_t XServer::keycodeOf(uint32_t keysym, bool& shifted) const
+{
+    for (size_t column = 0; column < 2; ++column)
+        for (size_t i = column; i < m_keysyms.size(); i += static_cast<size_t>(m_keysymsPerKeycode))
+            if (m_keysyms[i] == keysym) {
+                shifted = column == 1;
+                return static_cast<uint8_t>(m_firstKeycode + i / static_cast<size_t>(m_keysymsPerKeycode));
+            }
+    throw std::invalid_argument("no key on this keyboard for a keysym");
+}
+
+void XServer::press(uint8_t keycode, bool down)
+{
+    xcb_test_fake_input(m_connection, down ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keycode, XCB_CURRENT_TIME,
+        m_screen->root, 0, 0, 0);
+    xcb_flush(m_connection);
+}
+
+void XServer::key(std::string_view combination)
+{
+    std::vector<uint8_t> held;
+    while (!combination.empty()) {
+        const size_t plus = combination.find('+', 1);
+        const std::string_view name = combination.substr(0, plus);
+        combination = plus == std::string_view::npos ? "" : combination.substr(plus + 1);
+        bool shifted = false;
+        const uint8_t keycode = keycodeOf(keysymOf(name), shifted);
+        if (shifted) {
+            bool ignored;
+            held.push_back(keycodeOf(keysymOf("shift"), ignored));
+            press(held.back(), true);
+        }
+        held.push_back(keycode);
+        press(keycode, true);
+    }
+    for (auto it = held.rbegin(); it != held.rend(); ++it)
+        press(*it, false);
+}
+
+void XServer::type(std::string_view ascii)
+{
+    for (const char c : ascii)
+        key(c == '\n' ? std::string_view("Return") : std::string_view(&c, 1));
+}
+
+void XServer::click(int x, int y, uint8_t button)
+{
+    xcb_test_fake_input(m_connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_screen->root,
+        static_cast<int16_t>(x), static_cast<int16_t>(y), 0);
+    xcb_test_fake_input(m_connection, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, m_screen->root, 0, 0, 0);
+    xcb_test_fake_input(m_connection, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, m_screen->root, 0, 0, 0);
+    xcb_flush(m_connection);
+}
+
+int XServer::mappedWindows()
+{
+    const Reply<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_screen->root), nullptr));
+    int count = 0;
+    const xcb_window_t* windows = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        const Reply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
+            m_connection, xcb_get_window_attributes(m_connection, windows[i]), nullptr));
+        const Reply<xcb_get_geometry_reply_t> geometry(
+            xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, windows[i]), nullptr));
+        if (attributes && geometry && attributes->map_state == XCB_MAP_STATE_VIEWABLE && geometry->width > 200
+            && geometry->height > 100)
+            ++count;
+    }
+    return count;
+}
+
+bool XServer::waitForWindow(pid_t program, Duration limit)
+{
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (mappedWindows() > 0)
+            return true;
+        if (!isRunning(program))
+            return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return false;
+}
+
+uint32_t XServer::pixel(int x, int y)
+{
+    const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(m_connection,
+        xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, static_cast<int16_t>(x),
+            static_cast<int16_t>(y), 1, 1, ~0U),
+        nullptr));
+    if (!image)
+        return 0;
+    const uint8_t* bytes = xcb_get_image_data(image.get());
+    return static_cast<uint32_t>(bytes[2] << 16 | bytes[1] << 8 | bytes[0]);
+}
+
+bool XServer::waitForPaint(Duration limit)
+{
+    return waitForPixel(true, limit);
+}
+
+bool XServer::waitForBareRoot(Duration limit)
+{
+    return waitForPixel(false, limit);
+}
+
+bool XServer::waitForPixel(bool painted, Duration limit)
+{
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < deadline) {
+        // The server is asked about 4,000 times a second: fine enough to time a start.
+        const uint32_t colour = pixel(m_screen->width_in_pixels / 4, m_screen->height_in_pixels / 4);
+        if ((colour != (rootColour & 0xFFFFFF)) == painted)
+            return true;
+        std::this_thread::sleep_for(200us);
+    }
+    return false;
+}
+
+} // namespace quillmark::test
