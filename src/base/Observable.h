@@ -8,10 +8,10 @@
 
 namespace quillmark {
 
-template <class... Args>
-using Signal = sigc::signal<void(Args...)>;
+template <class... Args> using Signal = sigc::signal<void(Args...)>;
 
-/// An owned connection of a slot to a signal: disconnects when it is destroyed or assigned to. Main thread only.
+/// An owned connection of a slot to a signal: disconnects when it is destroyed or assigned to. Main thread
+/// only.
 class Connection {
 public:
     Connection() = default;
@@ -37,8 +37,7 @@ private:
 
 /// A value with a setter that does nothing when the value is equal, and a signal for when it is not.
 /// Main thread only.
-template <class T>
-class Observable {
+template <class T> class Observable {
 public:
     Observable() = default;
     explicit Observable(T value)
@@ -61,14 +60,13 @@ public:
     }
 
     /// Calls `slot(const T&)` after every change, for as long as the Connection is kept.
-    template <class Slot>
-    [[nodiscard]] Connection onChange(Slot slot)
+    template <class Slot> [[nodiscard]] Connection onChange(Slot slot)
     {
         return Connection(m_changed.connect(std::move(slot)));
     }
 
 private:
-    T m_value {};
+    T m_value{};
     Signal<const T&> m_changed;
 };
 

@@ -30,9 +30,21 @@ inline Range intersection(Range a, Range b)
 enum class Line : int64_t {}; ///< a line of the text, 0 first
 enum class Row : int64_t {}; ///< a line on the screen after wrapping, 0 first
 
-constexpr int64_t number(Line line) { return static_cast<int64_t>(line); }
-constexpr int64_t number(Row row) { return static_cast<int64_t>(row); }
-constexpr Line operator+(Line line, int64_t n) { return Line {number(line) + n}; }
-constexpr Row operator+(Row row, int64_t n) { return Row {number(row) + n}; }
+constexpr int64_t number(Line line)
+{
+    return static_cast<int64_t>(line);
+}
+constexpr int64_t number(Row row)
+{
+    return static_cast<int64_t>(row);
+}
+constexpr Line operator+(Line line, int64_t n)
+{
+    return Line{number(line) + n};
+}
+constexpr Row operator+(Row row, int64_t n)
+{
+    return Row{number(row) + n};
+}
 
 } // namespace quillmark

@@ -13,8 +13,7 @@ struct Error {
     bool operator==(const Error&) const = default;
 };
 
-template <class T>
-using Result = std::expected<T, Error>;
+template <class T> using Result = std::expected<T, Error>;
 using Status = std::expected<void, Error>;
 
 /// The Russian words for an errno value; unknown values give "Системная ошибка N".
@@ -22,7 +21,7 @@ std::string systemErrorText(int code);
 
 inline std::unexpected<Error> systemFailure(int code)
 {
-    return std::unexpected(Error {.code = code, .message = systemErrorText(code)});
+    return std::unexpected(Error{.code = code, .message = systemErrorText(code)});
 }
 
 } // namespace quillmark

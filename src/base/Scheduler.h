@@ -1,5 +1,5 @@
-// The program's only door to time and to other threads. desktop/ implements it on Qt's event loop and a thread
-// pool; tests crank a double by hand, so that no test sleeps.
+// The program's only door to time and to other threads. desktop/ implements it on Qt's event loop and a
+// thread pool; tests crank a double by hand, so that no test sleeps.
 #pragma once
 
 #include "base/Clock.h"
@@ -27,8 +27,8 @@ private:
     std::shared_ptr<const std::atomic<bool>> m_flag;
 };
 
-/// The owning handle of something that will happen. Destroying it or assigning another one cancels: a callback
-/// that has not run yet never runs. A debounce is `m_task = scheduler.after(…)`. Main thread only.
+/// The owning handle of something that will happen. Destroying it or assigning another one cancels: a
+/// callback that has not run yet never runs. A debounce is `m_task = scheduler.after(…)`. Main thread only.
 class Task {
 public:
     Task() = default;
@@ -66,7 +66,8 @@ class Scheduler {
 public:
     virtual ~Scheduler() = default;
 
-    /// Runs `f` on the main thread in a later turn of the event loop, after everything posted before. Any thread.
+    /// Runs `f` on the main thread in a later turn of the event loop, after everything posted before. Any
+    /// thread.
     virtual void post(std::function<void()> f) = 0;
 
     virtual SteadyTime now() const = 0; ///< any thread
@@ -78,10 +79,10 @@ public:
         return guarded(std::move(f), [&](std::function<void()> g) { runAfter(delay, std::move(g)); });
     }
 
-    /// Runs `work(const CancelToken&)` on another thread and then `then(result)` on the main thread, unless the
-    /// Task is cancelled first. Work should look at its token now and then. `work` must own what it reads.
-    template <class Work, class Then>
-    [[nodiscard]] Task background(Priority priority, Work work, Then then)
+    /// Runs `work(const CancelToken&)` on another thread and then `then(result)` on the main thread, unless
+    /// the Task is cancelled first. Work should look at its token now and then. `work` must own what it
+    /// reads.
+    template <class Work, class Then> [[nodiscard]] Task background(Priority priority, Work work, Then then)
     {
         using Value = std::invoke_result_t<Work, const CancelToken&>;
         auto flag = std::make_shared<std::atomic<bool>>(false);
@@ -100,7 +101,8 @@ public:
         return Task(std::move(flag));
     }
 
-    /// Runs `work` on another thread. Nothing cancels it; the process waits for it before it ends. Any thread.
+    /// Runs `work` on another thread. Nothing cancels it; the process waits for it before it ends. Any
+    /// thread.
     virtual void runInBackground(Priority priority, std::function<void()> work) = 0;
 
     /// Calls `readable` on the main thread each time the descriptor has something to read, until the Task is
@@ -111,8 +113,7 @@ protected:
     /// Calls `f` on the main thread once `delay` has passed. Main thread.
     virtual void runAfter(Duration delay, std::function<void()> f) = 0;
 
-    template <class Start>
-    static Task guarded(std::function<void()> f, Start start)
+    template <class Start> static Task guarded(std::function<void()> f, Start start)
     {
         auto flag = std::make_shared<std::atomic<bool>>(false);
         start([flag, f = std::move(f)] {

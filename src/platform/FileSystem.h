@@ -1,6 +1,7 @@
-// The only door to the disk for documents, notes and settings. io/ implements it on POSIX; tests implement it as a
-// disk that is full, slow, short-writing or failing at the n-th call. Paths are bytes: a name that is not valid
-// UTF-8 is still a file. All operations may be called on any thread, may block, and report errno in Error::code.
+// The only door to the disk for documents, notes and settings. io/ implements it on POSIX; tests implement it
+// as a disk that is full, slow, short-writing or failing at the n-th call. Paths are bytes: a name that is
+// not valid UTF-8 is still a file. All operations may be called on any thread, may block, and report errno in
+// Error::code.
 #pragma once
 
 #include "base/Clock.h"
@@ -49,7 +50,8 @@ public:
     virtual Result<FileInfo> info() = 0;
     virtual Status truncate(int64_t size) = 0;
     virtual Status sync() = 0; ///< returns once the bytes are on the disk
-    virtual bool tryLock() = 0; ///< advisory, exclusive, gone with the File; false when somebody else holds it
+    virtual bool tryLock()
+        = 0; ///< advisory, exclusive, gone with the File; false when somebody else holds it
     /// Gives this file the mode, extended attributes and, as far as permitted, the owner of `model`.
     virtual Status copyAttributes(const Path& model) = 0;
 };
@@ -63,7 +65,8 @@ public:
     virtual Result<FileInfo> stat(const Path& path) = 0; ///< follows symbolic links
     virtual Result<Path> resolveLinks(const Path& path) = 0; ///< the file that a chain of links leads to
     virtual Result<std::unique_ptr<File>> openForReading(const Path& path) = 0; ///< never blocks on a FIFO
-    virtual Result<std::unique_ptr<File>> createNew(const Path& path, uint32_t mode) = 0; ///< EEXIST when there
+    virtual Result<std::unique_ptr<File>> createNew(const Path& path, uint32_t mode)
+        = 0; ///< EEXIST when there
     virtual Result<std::unique_ptr<File>> openForWriting(const Path& path) = 0; ///< existing bytes stay
     virtual Status rename(const Path& from, const Path& to) = 0; ///< atomically replaces `to`
     virtual Status renameNoReplace(const Path& from, const Path& to) = 0; ///< EEXIST when `to` is there

@@ -1,5 +1,5 @@
-// Text becomes rows of glyphs here: an interface that desktop/ implements with a real text engine and tests with
-// fixed advances. All lengths are device-independent pixels. Main thread only.
+// Text becomes rows of glyphs here: an interface that desktop/ implements with a real text engine and tests
+// with fixed advances. All lengths are device-independent pixels. Main thread only.
 #pragma once
 
 #include "base/Range.h"

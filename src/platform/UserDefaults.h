@@ -6,8 +6,8 @@
 
 namespace quillmark {
 
-/// The user's settings: a few values under fixed string keys, read at start, kept in memory and written at each
-/// change. A value of another type than the one asked for reads as absent. Main thread only.
+/// The user's settings: a few values under fixed string keys, read at start, kept in memory and written at
+/// each change. A value of another type than the one asked for reads as absent. Main thread only.
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
