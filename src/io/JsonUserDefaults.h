@@ -1,0 +1,45 @@
+// The user's settings in one JSON file, written at each change on a background thread, the newest state only.
+// A damaged or unreadable file is set aside before anything is written; keys that we do not know are kept.
+#pragma once
+
+#include "io/DocumentWriter.h"
+#include "io/JobQueue.h"
+#include "platform/Log.h"
+#include "platform/UserDefaults.h"
+
+#include <nlohmann/json.hpp>
+
+namespace quillmark {
+
+class JsonUserDefaults : public UserDefaults {
+public:
+    /// Reads the file at once.
+    JsonUserDefaults(FileSystem& disk, DocumentWriter& writer, Scheduler& scheduler, Log& log, Path file);
+    ~JsonUserDefaults() override; ///< flush()
+
+    std::optional<std::string> string(std::string_view key) const override;
+    std::optional<bool> boolean(std::string_view key) const override;
+    std::optional<double> real(std::string_view key) const override;
+    std::optional<std::string> data(std::string_view key) const override;
+
+    void setString(std::string_view key, std::string_view value) override;
+    void setBoolean(std::string_view key, bool value) override;
+    void setReal(std::string_view key, double value) override;
+    void setData(std::string_view key, std::string_view bytes) override;
+    void remove(std::string_view key) override;
+
+    Status flush(); ///< blocks until the settings are on the disk or could not be written
+
+private:
+    struct Store;
+    void load();
+    void set(std::string_view key, nlohmann::json value);
+    const nlohmann::json* find(std::string_view key) const;
+    void save();
+
+    std::shared_ptr<Store> m_store; ///< what the jobs need, shared with them
+    nlohmann::json m_values = nlohmann::json::object();
+    JobQueue m_jobs;
+};
+
+} // namespace quillmark

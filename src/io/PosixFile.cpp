@@ -1,0 +1,161 @@
+#include "io/PosixFile.h"
+
+#include <algorithm>
+#include <array>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace quillmark {
+namespace {
+
+constexpr auto accessControlList = "system.posix_acl_access";
+
+WallTime wallTime(const statx_timestamp& time)
+{
+    return WallTime(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+}
+
+FileInfo::Kind kindOf(uint32_t mode)
+{
+    if (S_ISREG(mode))
+        return FileInfo::Kind::regular;
+    return S_ISDIR(mode) ? FileInfo::Kind::folder : FileInfo::Kind::other;
+}
+
+bool belongsTo(gid_t group)
+{
+    if (getegid() == group)
+        return true;
+    std::array<gid_t, 256> groups{};
+    const int count = getgroups(static_cast<int>(groups.size()), groups.data());
+    return count > 0 && std::find(groups.begin(), groups.begin() + count, group) != groups.begin() + count;
+}
+
+/// The extended attributes, access control list included. Those that this user may not set stay behind.
+void copyExtendedAttributes(const Path& model, int descriptor)
+{
+    std::string names(static_cast<size_t>(std::max<ssize_t>(0, listxattr(model.c_str(), nullptr, 0))), '\0');
+    const ssize_t length = listxattr(model.c_str(), names.data(), names.size());
+    names.resize(static_cast<size_t>(std::max<ssize_t>(0, length)));
+    bool hasList = false;
+    for (size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
+        const char* name = names.c_str() + start;
+        hasList |= std::string_view(name) == accessControlList;
+        std::string value(
+            static_cast<size_t>(std::max<ssize_t>(0, getxattr(model.c_str(), name, nullptr, 0))), '\0');
+        if (getxattr(model.c_str(), name, value.data(), value.size()) == static_cast<ssize_t>(value.size()))
+            fsetxattr(descriptor, name, value.data(), value.size(), 0);
+    }
+    if (!hasList)
+        fremovexattr(descriptor, accessControlList); // one that the folder gave it
+}
+
+} // namespace
+
+Descriptor::~Descriptor()
+{
+    if (isOpen())
+        close(m_number);
+}
+
+bool permitsWriting(const FileInfo& info, uint32_t group)
+{
+    const uid_t user = geteuid();
+    if (user == 0)
+        return info.mode & (S_IWUSR | S_IWGRP | S_IWOTH);
+    if (user == info.owner)
+        return info.mode & S_IWUSR;
+    return info.mode & (belongsTo(group) ? S_IWGRP : S_IWOTH);
+}
+
+Result<FileInfo> readInfo(int folder, const char* name, int flags)
+{
+    struct statx record;
+    const unsigned wanted = STATX_BASIC_STATS | STATX_BTIME;
+    if (retried([&] { return statx(folder, name, flags, wanted, &record); }) != 0)
+        return systemFailure(errno);
+    FileInfo info{
+        .kind = kindOf(record.stx_mode),
+        .size = static_cast<int64_t>(record.stx_size),
+        .modified = wallTime(record.stx_mtime),
+        .born = record.stx_mask & STATX_BTIME ? wallTime(record.stx_btime) : distantPast,
+        .device = makedev(record.stx_dev_major, record.stx_dev_minor),
+        .inode = record.stx_ino,
+        .mode = record.stx_mode & 07777u,
+        .owner = record.stx_uid,
+        .links = record.stx_nlink,
+    };
+    info.isWritable = permitsWriting(info, record.stx_gid);
+    return info;
+}
+
+Result<size_t> PosixFile::read(std::span<std::byte> into)
+{
+    const ssize_t count = retried([&] { return ::read(m_descriptor.number(), into.data(), into.size()); });
+    if (count < 0)
+        return systemFailure(errno);
+    return static_cast<size_t>(count);
+}
+
+Result<size_t> PosixFile::write(std::span<const std::byte> bytes)
+{
+    const ssize_t count = retried([&] { return ::write(m_descriptor.number(), bytes.data(), bytes.size()); });
+    if (count < 0)
+        return systemFailure(errno);
+    return static_cast<size_t>(count);
+}
+
+Result<FileInfo> PosixFile::info()
+{
+    return readInfo(m_descriptor.number(), "", AT_EMPTY_PATH);
+}
+
+Status PosixFile::truncate(int64_t size)
+{
+    if (retried([&] { return ftruncate(m_descriptor.number(), size); }) != 0)
+        return systemFailure(errno);
+    return {};
+}
+
+Status PosixFile::sync()
+{
+    if (retried([&] { return fsync(m_descriptor.number()); }) != 0)
+        return systemFailure(errno);
+    return {};
+}
+
+bool PosixFile::tryLock()
+{
+    // Where the file system knows no locks, nobody can hold one.
+    return retried([&] { return flock(m_descriptor.number(), LOCK_EX | LOCK_NB); }) == 0
+        || errno != EWOULDBLOCK;
+}
+
+Status PosixFile::copyAttributes(const Path& model)
+{
+    const int file = m_descriptor.number();
+    struct ::stat wanted;
+    struct ::stat present;
+    if (::stat(model.c_str(), &wanted) != 0 || fstat(file, &present) != 0)
+        return systemFailure(errno);
+    const bool hasGroup
+        = wanted.st_gid == present.st_gid || fchown(file, static_cast<uid_t>(-1), wanted.st_gid) == 0;
+    const bool hasOwner
+        = wanted.st_uid == present.st_uid || fchown(file, wanted.st_uid, static_cast<gid_t>(-1)) == 0;
+    copyExtendedAttributes(model, file);
+    mode_t mode = wanted.st_mode & 07777u;
+    if (!hasGroup) // nobody of another group may get what the old group was given
+        mode = (mode & ~(S_ISGID | 070u)) | ((mode & 07u & mode >> 3) << 3);
+    if (!hasOwner)
+        mode &= ~static_cast<mode_t>(S_ISUID);
+    if (fchmod(file, mode) != 0 && (present.st_mode & 07777u) != mode)
+        return systemFailure(errno);
+    return {};
+}
+
+} // namespace quillmark

@@ -1,0 +1,29 @@
+// Where things live on this desktop, by the XDG Base Directory rules. Paths are bytes and always absolute.
+#pragma once
+
+#include "platform/FileSystem.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace quillmark {
+
+using Environment = std::function<std::optional<std::string>(const char* name)>;
+
+Environment processEnvironment();
+
+struct StandardPaths {
+    Path config; ///< of this program: settings
+    Path state; ///< of this program: recovery, journal
+    Path documents; ///< of the user
+
+    Path settings() const { return config / "settings.json"; }
+    Path recovered() const { return state / "recovered"; }
+    Path journal() const { return state / "journal"; }
+
+    /// Reads the environment and the user's user-dirs.dirs; makes no folder.
+    static StandardPaths find(FileSystem& disk, const Environment& environment = processEnvironment());
+};
+
+} // namespace quillmark
