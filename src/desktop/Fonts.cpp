@@ -1,0 +1,51 @@
+#include "desktop/Fonts.h"
+
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <cmath>
+
+namespace quillmark {
+
+namespace {
+
+QString toQString(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QFont monospacedFont()
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setWeight(QFont::Normal);
+    font.setItalic(false);
+    return font;
+}
+
+} // namespace
+
+bool isFontInstalled(std::string_view name)
+{
+    return QFontDatabase::hasFamily(toQString(name));
+}
+
+QFont editorFont(std::string_view name, double size)
+{
+    const bool named = !name.empty() && isFontInstalled(name);
+    QFont font = named ? QFont(toQString(name)) : monospacedFont();
+    font.setStyleHint(QFont::Monospace); // for the characters that the font lacks
+    return withPixelSize(std::move(font), size);
+}
+
+QFont withPixelSize(QFont font, double size)
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (size == std::round(size) || !screen)
+        font.setPixelSize(std::max(1, static_cast<int>(std::round(size))));
+    else // only points may have fractions; Qt turns them into pixels by this very dpi
+        font.setPointSizeF(size * 72 / screen->logicalDotsPerInchY());
+    return font;
+}
+
+} // namespace quillmark

@@ -1,0 +1,18 @@
+// Which font the editor's settings mean.
+#pragma once
+
+#include <QFont>
+
+#include <string_view>
+
+namespace quillmark {
+
+bool isFontInstalled(std::string_view name); ///< a family of exactly this name
+
+/// The named font, or the desktop's monospaced one when the name is empty or not installed, `size`
+/// device-independent pixels high.
+QFont editorFont(std::string_view name, double size);
+
+QFont withPixelSize(QFont font, double size); ///< fractions included
+
+} // namespace quillmark
