@@ -1,0 +1,241 @@
+#include "editor/LayoutManager.h"
+
+#include "editor/LayoutCache.h"
+#include "editor/RowMap.h"
+#include "editor/SegmentCuts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace quillmark {
+namespace {
+
+constexpr double noWrapWidth
+    = 1e7; ///< wider than a segment gets, and fit for the fixed-point numbers of shapers
+constexpr int64_t keptScreens = 3;
+constexpr int64_t keptLongSegments = 16;
+
+} // namespace
+
+struct LayoutManager::Impl {
+    TextStorage& storage;
+    Shaper& shaper;
+    double width = 0;
+    RowMetrics metrics{};
+    int64_t visibleRows = 1;
+    RowMap rows{};
+    LayoutCache cache{};
+    Signal<Row, int64_t> rowsMoved{};
+    Connection edits{};
+
+    double wrapWidth() const { return width > 0 ? width : noWrapWidth; }
+    int64_t columns() const;
+    void applyEdit(const TextEdit& edit, const Rope& oldText);
+    void layOutAnew();
+    void updateCapacity();
+    Segment segmentAt(int64_t offset, Affinity affinity);
+};
+
+int64_t LayoutManager::Impl::columns() const
+{
+    return std::max<int64_t>(1, static_cast<int64_t>(wrapWidth() / std::max(metrics.averageAdvance, 1.0)));
+}
+
+void LayoutManager::Impl::applyEdit(const TextEdit& edit, const Rope& oldText)
+{
+    const RowMap::Change change = rows.applyEdit(oldText, storage.text(), edit);
+    cache.applyEdit(change);
+    if (change.changeInRows != 0)
+        rowsMoved.emit(change.first, change.changeInRows);
+}
+
+void LayoutManager::Impl::layOutAnew()
+{
+    metrics = shaper.metrics();
+    metrics.height = std::max(1.0, metrics.height);
+    const int64_t before = rows.rowCount();
+    cache.clear();
+    updateCapacity();
+    rows.rebuild(storage.text(), columns());
+    rowsMoved.emit(Row{0}, rows.rowCount() - before);
+}
+
+void LayoutManager::Impl::updateCapacity()
+{
+    const int64_t costOfRow = std::min(columns(), longestWholeLine) + LayoutCache::costOfSegment;
+    cache.setCapacity(keptScreens * visibleRows * costOfRow + keptLongSegments * longestWholeLine);
+}
+
+Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
+{
+    const Rope& text = storage.text();
+    offset = std::clamp<int64_t>(offset, 0, text.length());
+    if (const Segment* known = cache.find(offset, affinity))
+        return *known;
+
+    const Line line = text.lineAt(offset);
+    const Range lineRange = text.lineRange(line);
+    const RowMap::Piece piece = rows.pieceAt(line, lineRange.length, offset - lineRange.location, affinity);
+    const Range range{lineRange.location + piece.units.location, piece.units.length};
+    const Segment segment{.shaped = shaper.shape(text.text(range), wrapWidth()),
+        .range = range,
+        .line = line,
+        .startsLine = piece.units.location == 0,
+        .endsLine = piece.endsLine};
+    const int64_t change = segment.rowCount() - piece.rows;
+    rows.setMeasured(piece, segment.rowCount());
+    cache.insert(segment);
+    if (change != 0)
+        rowsMoved.emit(piece.firstRow, change);
+    return segment;
+}
+
+LayoutManager::LayoutManager(TextStorage& storage, Shaper& shaper)
+    : m_impl(new Impl{.storage = storage, .shaper = shaper})
+{
+    m_impl->layOutAnew();
+    m_impl->edits = storage.onEdit(
+        [impl = m_impl.get()](const TextEdit& edit, const Rope& oldText) { impl->applyEdit(edit, oldText); });
+}
+
+LayoutManager::~LayoutManager() = default;
+
+const Rope& LayoutManager::text() const
+{
+    return m_impl->storage.text();
+}
+
+void LayoutManager::setWrapWidth(double width)
+{
+    if (width == m_impl->width)
+        return;
+    m_impl->width = width;
+    m_impl->layOutAnew();
+}
+
+void LayoutManager::fontChanged()
+{
+    m_impl->layOutAnew();
+}
+
+void LayoutManager::setVisibleRowCount(int64_t rows)
+{
+    m_impl->visibleRows = std::max<int64_t>(1, rows);
+    m_impl->updateCapacity();
+}
+
+RowMetrics LayoutManager::metrics() const
+{
+    return m_impl->metrics;
+}
+
+int64_t LayoutManager::rowCount() const
+{
+    return m_impl->rows.rowCount();
+}
+
+Row LayoutManager::rowAt(int64_t offset, Affinity affinity)
+{
+    const Segment segment = segmentAt(offset, affinity);
+    return firstRowOf(segment) + segment.rowOf(offset, affinity);
+}
+
+RowLayout LayoutManager::layoutOf(Row row)
+{
+    const Row wanted{std::clamp<int64_t>(number(row), 0, rowCount() - 1)};
+    const RowMap::Place place = m_impl->rows.placeOf(wanted);
+    const Segment segment = segmentAt(text().startOf(place.line) + place.start, Affinity::downstream);
+    const int64_t index = number(wanted) - number(place.firstRow);
+    return segment.row(static_cast<int>(std::min<int64_t>(index, segment.rowCount() - 1)));
+}
+
+Row LayoutManager::firstRowOf(Line line) const
+{
+    return m_impl->rows.firstRowOf(line);
+}
+
+Segment LayoutManager::segmentAt(int64_t offset, Affinity affinity)
+{
+    return m_impl->segmentAt(offset, affinity);
+}
+
+std::optional<Segment> LayoutManager::segmentBefore(const Segment& segment)
+{
+    if (segment.range.location == 0)
+        return std::nullopt;
+    return segmentAt(segment.range.location - 1);
+}
+
+std::optional<Segment> LayoutManager::segmentAfter(const Segment& segment)
+{
+    const int64_t end = segment.range.end();
+    if (segment.endsLine && end >= text().length())
+        return std::nullopt;
+    return segmentAt(segment.endsLine ? end + 1 : end);
+}
+
+Row LayoutManager::firstRowOf(const Segment& segment) const
+{
+    if (segment.startsLine)
+        return m_impl->rows.firstRowOf(segment.line);
+    const Range line = text().lineRange(segment.line);
+    const int64_t start = segment.range.location - line.location;
+    return m_impl->rows.pieceAt(segment.line, line.length, start, Affinity::downstream).firstRow;
+}
+
+std::string LayoutManager::checkInvariants() const
+{
+    return m_impl->rows.checkInvariants(text());
+}
+
+Signal<Row, int64_t>& LayoutManager::rowsMoved()
+{
+    return m_impl->rowsMoved;
+}
+
+// Rows
+
+double RowLayout::xOfOffset(int64_t offset) const
+{
+    return shaped->xOfOffset(rowInShaped, std::clamp(offset, range.location, range.end()) - shapedStart);
+}
+
+int64_t RowLayout::offsetAtX(double x) const
+{
+    return std::clamp(shapedStart + shaped->offsetAtX(rowInShaped, x), range.location, range.end());
+}
+
+double RowLayout::width() const
+{
+    return shaped->width(rowInShaped);
+}
+
+RowLayout Segment::row(int index) const
+{
+    const Range units = shaped->row(index);
+    return {.shaped = shaped,
+        .rowInShaped = index,
+        .shapedStart = range.location,
+        .range = {range.location + units.location, units.length},
+        .line = line,
+        .startsLine = startsLine && index == 0,
+        .endsLine = endsLine && index == rowCount() - 1};
+}
+
+int Segment::rowOf(int64_t offset, Affinity affinity) const
+{
+    const int64_t unit = std::clamp<int64_t>(offset - range.location, 0, range.length);
+    int low = 0;
+    for (int high = rowCount() - 1; low < high;) {
+        const int middle = (low + high + 1) / 2;
+        const int64_t start = shaped->row(middle).location;
+        if (start < unit || (start == unit && affinity == Affinity::downstream))
+            low = middle;
+        else
+            high = middle - 1;
+    }
+    return low;
+}
+
+} // namespace quillmark
