@@ -1,0 +1,31 @@
+// Where a motion leads from a selection: functions of the text, its rows and the selection, which change
+// nothing but what the layout manager has measured. Main thread only.
+#pragma once
+
+#include "editor/LayoutManager.h"
+#include "editor/Selection.h"
+
+namespace quillmark {
+
+struct MotionContext {
+    double goalX = 0; ///< where vertical motions want the caret
+    int64_t rowsPerPage = 1;
+};
+
+/// Where `motion` moves the caret of `selection`.
+TextPosition target(Motion motion, const Selection& selection, Extend extend, LayoutManager& layout,
+    const MotionContext& context);
+
+/// Pixels from the start of its row to the caret at `position`.
+double xOf(TextPosition position, LayoutManager& layout);
+
+/// The position of the caret stop of a row that is nearest to x.
+TextPosition positionInRow(const RowLayout& row, double x);
+
+constexpr bool isVertical(Motion motion)
+{
+    return motion == Motion::rowUp || motion == Motion::rowDown || motion == Motion::pageUp
+        || motion == Motion::pageDown;
+}
+
+} // namespace quillmark

@@ -1,0 +1,207 @@
+#include "editor/PlainTextView.h"
+
+#include "editor/PlainTextViewImpl.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace quillmark {
+namespace {
+
+constexpr int64_t longText = 65'536; ///< units; a longer text is let go in the background
+
+int64_t shifted(int64_t offset, const TextEdit& edit)
+{
+    const Range replaced = edit.replaced();
+    if (offset <= replaced.location)
+        return offset;
+    if (offset >= replaced.end())
+        return offset + edit.changeInLength;
+    return edit.edited.end();
+}
+
+} // namespace
+
+PlainTextView::Impl::Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse)
+    : scheduler(schedulerToUse)
+    , clipboard(clipboardToUse)
+    , undo(storage)
+    , layout(storage, shaper)
+    , viewport(layout)
+    , edits(storage.onEdit([this](const TextEdit& edit, const Rope&) { shiftWith(edit); }))
+{
+}
+
+void PlainTextView::Impl::shiftWith(const TextEdit& edit)
+{
+    selection.anchor = shifted(selection.anchor, edit);
+    selection.caret = shifted(selection.caret, edit);
+    viewport.applyEdit(edit);
+    drag.reset();
+}
+
+void PlainTextView::Impl::finish(const Selection& before, Changed changed, Reveal reveal)
+{
+    if (reveal == Reveal::caret)
+        viewport.reveal(selection.position());
+    viewport.rows();
+    const bool hasMoved = selection != before;
+    if (changed == Changed::text && delegate)
+        delegate->textDidChange();
+    if (hasMoved && delegate)
+        delegate->textViewDidChangeSelection();
+    tellScrolled();
+    needsDisplay.emit();
+}
+
+void PlainTextView::Impl::tellScrolled()
+{
+    viewport.rows();
+    const ScrollState now{
+        .top = viewport.top(), .contentHeight = viewport.contentHeight(), .height = viewport.height()};
+    if (std::exchange(lastScroll, now) != now)
+        scrolled.emit();
+}
+
+/// Frees a text where nobody waits for it.
+void PlainTextView::Impl::letGo(Rope text)
+{
+    if (text.length() < longText)
+        return;
+    auto held = std::make_shared<Rope>(std::move(text));
+    scheduler.runInBackground(Priority::utility, [held] { *held = Rope(); });
+}
+
+PlainTextView::PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& clipboard)
+    : m_impl(std::make_unique<Impl>(scheduler, shaper, clipboard))
+{
+}
+
+PlainTextView::~PlainTextView() = default;
+
+TextStorage& PlainTextView::storage()
+{
+    return m_impl->storage;
+}
+
+const Rope& PlainTextView::text() const
+{
+    return m_impl->storage.text();
+}
+
+LayoutManager& PlainTextView::layoutManager()
+{
+    return m_impl->layout;
+}
+
+void PlainTextView::setDelegate(Delegate* delegate)
+{
+    m_impl->delegate = delegate;
+}
+
+void PlainTextView::setText(Rope text)
+{
+    Impl& self = *m_impl;
+    Rope old = self.storage.text();
+    self.storage.replace({0, self.length()}, text);
+    self.undo.removeAll();
+    self.letGo(std::move(old));
+    self.selection = {};
+    self.goalX.reset();
+    self.viewport.scrollToStart();
+    self.finish(self.selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+    if (self.delegate)
+        self.delegate->textViewDidChangeSelection();
+}
+
+bool PlainTextView::isEditable() const
+{
+    return m_impl->isEditable;
+}
+
+void PlainTextView::setEditable(bool editable)
+{
+    m_impl->isEditable = editable;
+}
+
+// The visible area
+
+void PlainTextView::setVisibleSize(double width, double height)
+{
+    m_impl->viewport.setSize(width, height);
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+}
+
+void PlainTextView::setVerticalInset(double inset)
+{
+    m_impl->viewport.setVerticalInset(inset);
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+}
+
+void PlainTextView::fontChanged()
+{
+    m_impl->layout.fontChanged();
+    m_impl->goalX.reset();
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+}
+
+const std::vector<VisibleRow>& PlainTextView::visibleRows()
+{
+    return m_impl->viewport.rows();
+}
+
+void PlainTextView::scrollBy(double pixels)
+{
+    m_impl->viewport.scrollBy(pixels);
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+}
+
+double PlainTextView::scrollTop() const
+{
+    return m_impl->viewport.top();
+}
+
+double PlainTextView::contentHeight() const
+{
+    return m_impl->viewport.contentHeight();
+}
+
+void PlainTextView::scrollTo(double top)
+{
+    m_impl->viewport.scrollTo(top);
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
+}
+
+void PlainTextView::scrollToCaret()
+{
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::caret);
+}
+
+CaretPlace PlainTextView::caretPlace()
+{
+    return m_impl->viewport.placeOf(m_impl->selection.position());
+}
+
+CaretPlace PlainTextView::placeOf(int64_t offset, Affinity affinity)
+{
+    return m_impl->viewport.placeOf({std::clamp<int64_t>(offset, 0, m_impl->length()), affinity});
+}
+
+// What the widget obeys
+
+Signal<>& PlainTextView::needsDisplay()
+{
+    return m_impl->needsDisplay;
+}
+
+Signal<>& PlainTextView::becomeFirstResponder()
+{
+    return m_impl->becomeFirstResponder;
+}
+
+Signal<>& PlainTextView::scrolled()
+{
+    return m_impl->scrolled;
+}
+
+} // namespace quillmark

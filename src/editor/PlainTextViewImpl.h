@@ -1,0 +1,61 @@
+// What PlainTextView keeps, for the files that implement it.
+#pragma once
+
+#include "editor/PlainTextView.h"
+
+#include <optional>
+
+namespace quillmark {
+
+struct PlainTextView::Impl {
+    enum class Changed { nothing, text };
+    enum class Reveal { nothing, caret };
+
+    struct ScrollState {
+        double top = 0;
+        double contentHeight = 0;
+        double height = 0;
+        bool operator==(const ScrollState&) const = default;
+    };
+    struct Drag {
+        Range origin; ///< what the press selected; never deselected while dragging
+        Granularity granularity = Granularity::character;
+    };
+
+    Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse);
+
+    int64_t length() const { return storage.length(); }
+    /// The last step of every command: scrolls, lays out what is visible, then tells whoever listens.
+    void finish(const Selection& before, Changed changed, Reveal reveal);
+    void tellScrolled();
+    void shiftWith(const TextEdit& edit);
+
+    void edit(UndoManager::Kind kind, Range range, std::u16string_view with);
+    void deleteTo(int64_t end, UndoManager::Kind kind);
+    void travel(std::optional<UndoManager::Selection> (UndoManager::*step)());
+    void letGo(Rope text);
+
+    Range granuleAt(int64_t offset) const;
+    void extendDrag(double x, double y);
+
+    Scheduler& scheduler;
+    Clipboard& clipboard;
+    TextStorage storage; // heard by undo, layout and this, in this order
+    UndoManager undo;
+    LayoutManager layout;
+    Viewport viewport;
+    Connection edits;
+
+    Delegate* delegate = nullptr;
+    bool isEditable = true;
+    Selection selection;
+    std::optional<double> goalX; ///< where vertical motions want the caret, while they follow one another
+    std::optional<Drag> drag;
+    ScrollState lastScroll;
+
+    Signal<> needsDisplay;
+    Signal<> becomeFirstResponder;
+    Signal<> scrolled;
+};
+
+} // namespace quillmark

@@ -1,0 +1,181 @@
+// Random commands against a stupid model of a text and its selection; then all of it is taken back and made
+// again.
+#include "support/MarkedText.h"
+#include "support/TestEditor.h"
+#include "support/TestEnvironment.h"
+#include "text/Unicode.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <random>
+#include <vector>
+
+namespace quillmark::test {
+namespace {
+
+class RandomEditing {
+public:
+    explicit RandomEditing(uint64_t seed)
+        : m_random(seed)
+    {
+    }
+
+    void install(std::u16string text)
+    {
+        editor.view.setText(Rope(text));
+        m_text = std::move(text);
+    }
+
+    void step()
+    {
+        const int64_t command = below(10);
+        if (command < 3)
+            type();
+        else if (command < 5)
+            erase();
+        else if (command < 7)
+            select();
+        else if (command == 7)
+            move();
+        else if (command == 8)
+            look();
+        else
+            travel();
+    }
+
+    void expectEqual() const
+    {
+        ASSERT_EQ(utf8(editor.view.text().text()), utf8(m_text));
+        const Range selected = editor.view.selection().range();
+        ASSERT_GE(selected.location, 0);
+        ASSERT_LE(selected.end(), editor.view.text().length());
+    }
+
+    int64_t below(int64_t limit) { return static_cast<int64_t>(m_random() % static_cast<uint64_t>(limit)); }
+
+    TestEditor editor;
+
+private:
+    Range selected() const { return editor.view.selection().range(); }
+
+    /// The model's edit, and what the view must have made of it.
+    void replaceInModel(Range range, std::u16string_view with)
+    {
+        m_text.replace(static_cast<size_t>(range.location), static_cast<size_t>(range.length), with);
+        const int64_t caret = range.location + static_cast<int64_t>(with.size());
+        const bool changes = !range.isEmpty() || !with.empty();
+        if (changes) {
+            EXPECT_EQ(editor.view.selection(), (Selection{.anchor = caret, .caret = caret}));
+            EXPECT_TRUE(editor.view.caretPlace().isVisible);
+        }
+    }
+
+    void type()
+    {
+        const std::u16string_view pieces[]
+            = {u"a", u"b ", u"\n", u"\t", u"слово ", u"👩‍👩‍👧", u"\u0301", u"🇷🇺", u"क्षि", u"漢字",
+                u"a_word_longer_than_the_view_is_wide", u"\xD800", std::u16string_view(u"\0", 1)};
+        const std::u16string_view text = pieces[below(std::size(pieces))];
+        const Range range = selected();
+        if (below(5) == 0) {
+            editor.clipboard.setText(std::u16string(text), Clipboard::Buffer::clipboard);
+            editor.view.paste();
+        } else {
+            editor.view.insertText(text);
+        }
+        replaceInModel(range, text);
+    }
+
+    void erase()
+    {
+        const Rope text(m_text);
+        const int64_t caret = editor.view.selection().caret;
+        const int64_t kind = below(4);
+        const int64_t ends[] = {backwardDeletion(text, caret), nextGrapheme(text, caret),
+            previousWordStart(text, caret), nextWordEnd(text, caret)};
+        const Range range = selected().isEmpty() ? Range::between(caret, ends[kind]) : selected();
+        using Command = void (PlainTextView::*)();
+        const Command commands[] = {&PlainTextView::deleteBackward, &PlainTextView::deleteForward,
+            &PlainTextView::deleteWordBackward, &PlainTextView::deleteWordForward};
+        (editor.view.*commands[kind])();
+        replaceInModel(range, u"");
+    }
+
+    void select()
+    {
+        const int64_t limit = static_cast<int64_t>(m_text.size()) + 1;
+        const int64_t anchor = below(limit);
+        editor.view.select({.anchor = anchor, .caret = below(2) == 0 ? anchor : below(limit)});
+        if (below(3) == 0) {
+            editor.view.mousePressed(static_cast<double>(below(300)) - 50,
+                static_cast<double>(below(400)) - 100, static_cast<Granularity>(below(3)),
+                below(2) == 0 ? Extend::yes : Extend::no);
+            editor.view.mouseDragged(static_cast<double>(below(300)), static_cast<double>(below(400)) - 100);
+            editor.view.mouseReleased();
+        }
+    }
+
+    void move()
+    {
+        const auto last = static_cast<int64_t>(Motion::documentEnd);
+        editor.view.move(static_cast<Motion>(below(last + 1)), below(2) == 0 ? Extend::yes : Extend::no);
+        EXPECT_TRUE(editor.view.caretPlace().isVisible);
+    }
+
+    /// Scrolling and resizing change nothing in the text.
+    void look()
+    {
+        if (below(4) == 0)
+            editor.view.setVisibleSize(
+                static_cast<double>(1 + below(400)), static_cast<double>(1 + below(300)));
+        editor.view.scrollBy(static_cast<double>(below(2000)) - 1000);
+        if (below(4) == 0)
+            editor.view.scrollTo(editor.view.contentHeight() * static_cast<double>(below(11)) / 10);
+    }
+
+    void travel()
+    {
+        if (!editor.view.canUndo())
+            return;
+        editor.view.undo();
+        if (below(2) == 0) {
+            editor.view.redo();
+            expectEqual();
+            return;
+        }
+        m_text = editor.view.text().text();
+    }
+
+    std::mt19937_64 m_random;
+    std::u16string m_text;
+};
+
+TEST(RandomEditing, AgreesWithAModelAndCanBeTakenBack)
+{
+    for (uint64_t run = 0; run < 20; ++run) {
+        SCOPED_TRACE("run " + std::to_string(run));
+        RandomEditing editing(seed() + run);
+        const std::u16string initial
+            = u"first line\n\nmany words that wrap to several rows 漢字漢字漢字漢字\n\tend";
+        editing.install(initial);
+        for (int step = 0; step < 400; ++step) {
+            editing.step();
+            ASSERT_NO_FATAL_FAILURE(editing.expectEqual()) << "step " << step;
+            ASSERT_EQ(editing.editor.view.layoutManager().checkInvariants(), "") << "step " << step;
+        }
+        PlainTextView& view = editing.editor.view;
+        const Rope final = view.text();
+        int steps = 0;
+        for (; view.canUndo(); ++steps)
+            view.undo();
+        ASSERT_EQ(utf8(view.text().text()), utf8(initial));
+        for (int i = 0; i < steps; ++i)
+            view.redo();
+        ASSERT_TRUE(view.text() == final);
+        ASSERT_LE(view.selection().range().end(), final.length());
+    }
+}
+
+} // namespace
+} // namespace quillmark::test

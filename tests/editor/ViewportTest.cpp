@@ -1,0 +1,342 @@
+// Scrolling: what stands on the screen stays there while estimates are corrected, text is edited and the
+// width changes.
+#include "editor/SegmentCuts.h"
+#include "support/MarkedText.h"
+#include "support/TestEditor.h"
+#include "support/TestEnvironment.h"
+#include "text/Unicode.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace quillmark::test {
+namespace {
+
+constexpr double cell = FixedShaper::cellWidth;
+constexpr double row = FixedShaper::rowHeight;
+
+/// Lines whose estimates are wrong: words that break early, and wide characters.
+std::u16string awkwardLines(int count)
+{
+    std::u16string text;
+    for (int line = 0; line < count; ++line)
+        text += line % 3 == 0 ? u"eleven_char eleven_char eleven_char\n"
+            : line % 3 == 1   ? u"漢字漢字漢字漢字漢字漢字漢字\n"
+                              : u"short\n";
+    return text;
+}
+
+std::string textOf(PlainTextView& view, const VisibleRow& visible)
+{
+    return utf8(view.text().text(visible.layout.range));
+}
+
+/// The rows on the screen follow one another, cover the height and know their numbers.
+void expectSound(PlainTextView& view, double height)
+{
+    const std::vector<VisibleRow> rows = view.visibleRows();
+    ASSERT_FALSE(rows.empty());
+    const double rowHeight = view.layoutManager().metrics().height;
+    for (size_t i = 1; i < rows.size(); ++i) {
+        const RowLayout& before = rows[i - 1].layout;
+        EXPECT_EQ(rows[i].top, rows[i - 1].top + rowHeight);
+        EXPECT_EQ(number(rows[i].row), number(rows[i - 1].row) + 1);
+        EXPECT_EQ(rows[i].layout.range.location, before.range.end() + (before.endsLine ? 1 : 0));
+        EXPECT_EQ(number(rows[i].layout.line), number(before.line) + (before.endsLine ? 1 : 0));
+    }
+    for (const VisibleRow& visible : rows)
+        EXPECT_EQ(view.layoutManager().rowAt(visible.layout.range.location), visible.row);
+    const bool showsEnd
+        = rows.back().layout.range.end() == view.text().length() && rows.back().layout.endsLine;
+    const bool showsStart = rows.front().layout.range.location == 0;
+    EXPECT_TRUE(rows.front().top <= 0 || showsStart);
+    EXPECT_TRUE(rows.back().top + rowHeight >= height || (showsEnd && showsStart) || showsEnd);
+    EXPECT_EQ(view.layoutManager().checkInvariants(), "");
+}
+
+TEST(Viewport, StopsAtBothEnds)
+{
+    TestEditor editor;
+    editor.view.setVerticalInset(16);
+    std::u16string text;
+    for (int line = 0; line < 30; ++line)
+        text += u"line\n";
+    editor.view.setText(Rope(text));
+    EXPECT_EQ(editor.view.contentHeight(), 31 * row + 32);
+    EXPECT_EQ(editor.view.visibleRows().front().top, 16);
+    editor.view.scrollBy(-50);
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    editor.view.scrollBy(7);
+    EXPECT_EQ(editor.view.visibleRows().front().top, 9);
+    editor.view.scrollBy(10'000);
+    EXPECT_EQ(editor.view.scrollTop(), 31 * row + 32 - 10 * row);
+    EXPECT_EQ(editor.view.visibleRows().back().top, 10 * row - 16 - row);
+    editor.view.scrollBy(-1);
+    EXPECT_EQ(editor.view.scrollTop(), 31 * row + 32 - 10 * row - 1);
+    editor.view.scrollTo(0);
+    EXPECT_EQ(editor.view.visibleRows().front().top, 16);
+}
+
+TEST(Viewport, ShowsShortTextAtTheTop)
+{
+    TestEditor editor;
+    editor.view.setVerticalInset(16);
+    install(editor.view, "a|\nb");
+    editor.view.scrollBy(100);
+    editor.view.scrollTo(100);
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    EXPECT_EQ(editor.view.visibleRows().size(), 2u);
+    EXPECT_EQ(editor.view.caretPlace().top, 16);
+    EXPECT_EQ(editor.view.caretPlace().x, cell);
+}
+
+TEST(Viewport, TextBecomingShortComesBackIntoView)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(100)));
+    editor.view.scrollTo(1e9);
+    EXPECT_GT(editor.view.scrollTop(), 0);
+    editor.view.selectAll();
+    editor.view.insertText(u"x");
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    EXPECT_EQ(editor.view.visibleRows().size(), 1u);
+}
+
+TEST(Viewport, CorrectedEstimatesDoNotMoveWhatIsVisible)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(1000)));
+    editor.view.scrollTo(editor.view.contentHeight() / 2 + 7);
+    const VisibleRow before = editor.view.visibleRows().front();
+    const double heightBefore = editor.view.contentHeight();
+    for (int64_t offset = 0; offset < before.layout.range.location; offset += 11)
+        editor.view.layoutManager().rowAt(offset);
+    EXPECT_NE(editor.view.contentHeight(), heightBefore) << "the estimates were right: nothing was tested";
+    const VisibleRow after = editor.view.visibleRows().front();
+    EXPECT_EQ(after.layout.range, before.layout.range);
+    EXPECT_EQ(after.top, before.top);
+    expectSound(editor.view, 10 * row);
+}
+
+TEST(Viewport, ScrollsUpIntoUnmeasuredTextWithoutAJump)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(200)));
+    editor.view.scrollTo(1e9);
+    for (int i = 0; i < 2000 && editor.view.scrollTop() > 0; ++i) {
+        const VisibleRow before = editor.view.visibleRows().front();
+        editor.view.scrollBy(-5);
+        for (const VisibleRow& visible : editor.view.visibleRows()) {
+            if (visible.layout.range == before.layout.range) {
+                ASSERT_LE(std::abs(visible.top - before.top), 5);
+            }
+        }
+        ASSERT_NO_FATAL_FAILURE(expectSound(editor.view, 10 * row));
+    }
+    EXPECT_EQ(editor.view.visibleRows().front().layout.range.location, 0);
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+}
+
+TEST(Viewport, EditsAboveDoNotMoveWhatIsVisible)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(300)));
+    editor.view.scrollTo(2000);
+    editor.view.scrollBy(3);
+    const VisibleRow before = editor.view.visibleRows().front();
+    const std::string shown = textOf(editor.view, before);
+    editor.view.storage().replace({10, 0}, u"new\nlines\n");
+    editor.view.storage().replace({0, 5}, u"");
+    EXPECT_EQ(textOf(editor.view, editor.view.visibleRows().front()), shown);
+    EXPECT_EQ(editor.view.visibleRows().front().top, before.top);
+    const int64_t end = editor.view.visibleRows().front().layout.range.location + 2;
+    editor.view.storage().replace({0, end}, u"");
+    EXPECT_EQ(textOf(editor.view, editor.view.visibleRows().front()), shown.substr(2))
+        << "the row itself is cut";
+    expectSound(editor.view, 10 * row);
+}
+
+TEST(Viewport, AWidthThereAndBackShowsTheSame)
+{
+    TestEditor editor;
+    std::u16string text;
+    for (int line = 0; line < 100; ++line)
+        text += u"many words in a line that is wrapped to several rows at any of the widths\n";
+    editor.view.setText(Rope(text));
+    editor.view.scrollTo(3333);
+    const VisibleRow before = editor.view.visibleRows().front();
+    for (const double columns : {19, 15, 11, 7, 3, 1, 9, 33, 20}) {
+        editor.view.setVisibleSize(columns * cell, 10 * row);
+        const Range shown = editor.view.visibleRows().front().layout.range;
+        EXPECT_TRUE(shown.contains(before.layout.range.location)) << columns;
+    }
+    EXPECT_EQ(editor.view.visibleRows().front().layout.range, before.layout.range);
+    EXPECT_EQ(editor.view.visibleRows().front().top, before.top);
+}
+
+TEST(Viewport, AnotherFontKeepsTheFirstRow)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(100)));
+    editor.view.scrollTo(700);
+    const int64_t first = editor.view.visibleRows().front().layout.range.location;
+    editor.shaper.setScale(2);
+    editor.view.fontChanged();
+    EXPECT_TRUE(editor.view.visibleRows().front().layout.range.contains(first));
+    EXPECT_EQ(editor.view.caretPlace().height, 2 * row);
+    expectSound(editor.view, 10 * row);
+}
+
+TEST(Viewport, FollowsTheCaretWithAsLittleMotionAsPossible)
+{
+    TestEditor editor;
+    std::u16string text;
+    for (int line = 0; line < 50; ++line)
+        text += u"line\n";
+    editor.view.setText(Rope(text));
+    for (int i = 0; i < 9; ++i)
+        editor.view.move(Motion::rowDown);
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    editor.view.move(Motion::rowDown);
+    EXPECT_EQ(editor.view.scrollTop(), row);
+    for (int i = 0; i < 9; ++i)
+        editor.view.move(Motion::rowUp);
+    EXPECT_EQ(editor.view.scrollTop(), row);
+    editor.view.scrollTo(30 * row);
+    editor.view.insertText(u"x");
+    EXPECT_EQ(editor.view.scrollTop(), row) << "typing brings the caret back";
+    editor.view.move(Motion::documentEnd);
+    EXPECT_EQ(editor.view.scrollTop(), 41 * row);
+    editor.view.move(Motion::documentStart);
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    editor.view.select({.anchor = 201, .caret = 201});
+    EXPECT_EQ(editor.view.scrollTop(), 0);
+    EXPECT_FALSE(editor.view.caretPlace().isVisible);
+    EXPECT_EQ(editor.view.caretPlace().top, 40 * row);
+    editor.view.scrollToCaret();
+    EXPECT_EQ(editor.view.caretPlace().top, 9 * row);
+}
+
+TEST(Viewport, TellsWhenItIsScrolledAndOnlyThen)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(awkwardLines(100)));
+    int told = 0;
+    const Connection connection(editor.view.scrolled().connect([&] { ++told; }));
+    editor.view.move(Motion::characterRight);
+    EXPECT_EQ(told, 0);
+    editor.view.scrollBy(5);
+    EXPECT_EQ(told, 1);
+    editor.view.scrollBy(0);
+    EXPECT_EQ(told, 1);
+    editor.view.insertNewline();
+    EXPECT_EQ(told, 2);
+}
+
+TEST(Viewport, OfOnePixelStillWorks)
+{
+    TestEditor editor;
+    editor.view.setVerticalInset(16);
+    editor.view.setText(Rope(u"ab 漢\nc"));
+    editor.view.setVisibleSize(1, 1);
+    for (int i = 0; i < 8; ++i) {
+        editor.view.move(Motion::rowDown);
+        expectSound(editor.view, 1);
+        EXPECT_TRUE(editor.view.caretPlace().isVisible);
+    }
+    editor.view.mousePressed(0, 0, Granularity::word, Extend::no);
+    editor.view.mouseDragged(50, 50);
+    editor.view.mouseReleased();
+    editor.view.move(Motion::pageUp);
+    editor.view.setVisibleSize(0, 0);
+    EXPECT_TRUE(editor.view.visibleRows().empty());
+    EXPECT_EQ(editor.view.offsetAt(5, 5), 0);
+    editor.view.scrollBy(100);
+    editor.view.insertText(u"x");
+    editor.view.setVisibleSize(20 * cell, 10 * row);
+    expectSound(editor.view, 10 * row);
+}
+
+TEST(Viewport, ReachesBeyondTwoToThe31Pixels)
+{
+    TestEditor editor;
+    constexpr int64_t lineCount = 10'000'000;
+    editor.shaper.setScale(15); // rows of 300 pixels: 3,000,000,000 in all
+    editor.view.fontChanged();
+    editor.view.setVisibleSize(100 * cell, 3000);
+    editor.view.setText(Rope(std::u16string(lineCount - 1, u'\n') + u"last"));
+    EXPECT_EQ(editor.view.contentHeight(), 3e9);
+    editor.view.move(Motion::documentEnd);
+    EXPECT_TRUE(editor.view.caretPlace().isVisible);
+    EXPECT_EQ(editor.view.scrollTop(), 3e9 - 3000);
+    editor.view.scrollBy(-1);
+    EXPECT_EQ(editor.view.scrollTop(), 3e9 - 3000 - 1);
+    editor.view.scrollTo(2.5e9);
+    EXPECT_EQ(editor.view.scrollTop(), 2.5e9);
+    EXPECT_EQ(number(editor.view.visibleRows().front().layout.line), 2'500'000'000 / 300);
+}
+
+// Long lines
+
+TEST(LongLine, IsShownWholeRowByRow)
+{
+    TestEditor editor;
+    std::u16string text;
+    while (text.size() < 100'000)
+        text += u"word словцо 漢字 ";
+    editor.view.setText(Rope(u"before\n" + text + u"\nafter"));
+    std::u16string shown;
+    int64_t end = 0;
+    for (Row at{}; number(at) < editor.view.layoutManager().rowCount(); at = at + 1) {
+        const RowLayout layout = editor.view.layoutManager().layoutOf(at);
+        if (layout.range.location < end)
+            continue; // the row was an estimate
+        ASSERT_EQ(layout.range.location, end);
+        end = layout.range.end() + (layout.endsLine ? 1 : 0);
+    }
+    EXPECT_EQ(end, editor.view.text().length() + 1)
+        << "each unit stands in one row, and behind the last is the end";
+}
+
+TEST(LongLine, AKeyShapesOneSegment)
+{
+    TestEditor editor;
+    editor.view.setText(Rope(std::u16string(1'000'000, u'x')));
+    for (const int64_t offset : {int64_t{1}, int64_t{500'000}, int64_t{999'999}}) {
+        editor.view.select({.anchor = offset, .caret = offset});
+        editor.view.scrollToCaret();
+        const int64_t before = editor.shaper.shapedUnits();
+        editor.view.insertText(u"y");
+        EXPECT_LE(editor.shaper.shapedUnits() - before, longestWholeLine);
+    }
+}
+
+TEST(LongLine, IsTheSameAfterRandomEdits)
+{
+    std::mt19937_64 random(seed());
+    const auto below
+        = [&](int64_t limit) { return static_cast<int64_t>(random() % static_cast<uint64_t>(limit)); };
+    TestEditor editor;
+    std::u16string model;
+    while (model.size() < 100'000)
+        model += u"word словцо 👍 ";
+    editor.view.setText(Rope(model));
+    const std::u16string_view pieces[] = {u"x", u" ", u"\n", u"\u0301", u"👩‍👩‍👧", u""};
+    for (int step = 0; step < 300; ++step) {
+        const int64_t at = below(static_cast<int64_t>(model.size()) + 1);
+        const int64_t removed
+            = std::min(static_cast<int64_t>(model.size()) - at, below(20) == 0 ? below(3000) : below(3));
+        const std::u16string_view with = pieces[below(std::size(pieces))];
+        editor.view.replace({at, removed}, with);
+        model.replace(static_cast<size_t>(at), static_cast<size_t>(removed), with);
+        ASSERT_EQ(editor.view.text().text(), model);
+        ASSERT_NO_FATAL_FAILURE(expectSound(editor.view, 10 * row)) << "step " << step;
+        if (removed > 0 || !with.empty()) {
+            ASSERT_TRUE(editor.view.caretPlace().isVisible) << "step " << step;
+        }
+    }
+}
+
+} // namespace
+} // namespace quillmark::test
