@@ -1,0 +1,334 @@
+#include "notes/NoteStore.h"
+
+#include "io/Bookmark.h"
+#include "io/Encode.h"
+#include "io/ReadFile.h"
+#include "io/Utf8.h"
+#include "notes/NoteNames.h"
+#include "text/Unicode.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace quillmark {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view folderKey = "notesFolderBookmark";
+constexpr Duration renameDelay = 5s;
+constexpr int64_t leadingBytes = 512;
+constexpr int64_t leadingCharacters = 1024;
+constexpr int64_t leadingUnits
+    = 64 * leadingCharacters; // bounds what a text of endless combining marks costs
+constexpr uint32_t newFileMode = 0666; // less the umask
+
+bool isNoteFile(const FolderEntry& entry)
+{
+    if (entry.name.starts_with('.') || entry.info.kind != FileInfo::Kind::regular)
+        return false;
+    std::string extension = Path(entry.name).extension().native();
+    std::ranges::transform(extension, extension.begin(),
+        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return extension == ".txt";
+}
+
+void sortNewestFirst(NoteStore::Notes& notes)
+{
+    std::ranges::stable_sort(notes, std::ranges::greater(), &Note::modifiedAt);
+}
+
+/// Without the beginning of a UTF-8 sequence whose rest lies behind the end.
+std::string_view withoutCutCharacter(std::string_view bytes)
+{
+    const size_t longest = std::min<size_t>(3, bytes.size());
+    for (size_t n = 1; n <= longest; ++n) {
+        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - n]);
+        if (byte < 0x80)
+            return bytes;
+        if (byte < 0xC0)
+            continue; // in the middle of a sequence
+        const size_t wanted = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
+        return n < wanted ? bytes.substr(0, bytes.size() - n) : bytes;
+    }
+    return bytes;
+}
+
+TitleAndPreview titleAndPreviewOf(const Rope& text)
+{
+    const std::u16string start = text.text({0, leadingUnits});
+    return titleAndPreview(firstGraphemes(start, leadingCharacters));
+}
+
+} // namespace
+
+std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes)
+{
+    const auto read = readFile(files, file, maxBytes);
+    if (!read)
+        return {};
+    std::string_view bytes = read->bytes;
+    if (static_cast<int64_t>(bytes.size()) == maxBytes)
+        bytes = withoutCutCharacter(bytes);
+    return TextFileReader::decode(bytes).text.text();
+}
+
+NoteStore::NoteStore(NoteStoreServices services)
+    : m_services(std::move(services))
+{
+    useFolder(resolveFolder());
+}
+
+const Note* NoteStore::find(const Uuid& id) const
+{
+    const auto found = std::ranges::find(notes.get(), id, &Note::id);
+    return found != notes->end() ? &*found : nullptr;
+}
+
+// ---- The folder
+
+Path NoteStore::resolveFolder()
+{
+    const auto stored = m_services.defaults.data(folderKey);
+    if (!stored)
+        return m_services.defaultFolder;
+    const auto resolved = resolveBookmark(m_services.files, *stored);
+    if (!resolved)
+        return m_services.defaultFolder; // the key stays: the folder may be back at the next start
+    if (resolved->isStale) {
+        if (const auto fresh = makeBookmark(m_services.files, resolved->path))
+            m_services.defaults.setData(folderKey, *fresh);
+    }
+    return resolved->path;
+}
+
+void NoteStore::useFolder(const Path& folder)
+{
+    m_renameTasks.clear();
+    (void)m_services.files.makeFolders(folder);
+    folderURL.set(folder);
+    reloadNotes();
+}
+
+bool NoteStore::setNotesFolder(const Path& folder)
+{
+    const auto info = m_services.files.stat(folder);
+    const auto bookmark = makeBookmark(m_services.files, folder);
+    if (!bookmark || !info || info->kind != FileInfo::Kind::folder)
+        return false;
+    m_services.defaults.setData(folderKey, *bookmark);
+    useFolder(folder);
+    return true;
+}
+
+void NoteStore::resetNotesFolder()
+{
+    m_services.defaults.remove(folderKey);
+    useFolder(m_services.defaultFolder);
+}
+
+void NoteStore::reloadNotes()
+{
+    Notes listed;
+    if (const auto entries = m_services.files.list(folderURL.get())) {
+        removeStaleTemporaries(m_services.files, folderURL.get(), *entries);
+        for (const FolderEntry& entry : *entries) {
+            if (isNoteFile(entry))
+                listed.push_back(record(entry));
+        }
+    }
+    sortNewestFirst(listed);
+    notes.set(std::move(listed));
+}
+
+Note NoteStore::record(const FolderEntry& entry) const
+{
+    Path url = folderURL.get() / entry.name;
+    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, url, leadingBytes));
+    return {.id = Uuid::random(),
+        .url = std::move(url),
+        .title = std::move(title),
+        .preview = std::move(preview),
+        .modifiedAt = entry.info.modified,
+        .byteSize = entry.info.size};
+}
+
+// ---- Records
+
+void NoteStore::insertInFront(Note note)
+{
+    Notes all;
+    all.reserve(notes->size() + 1);
+    all.push_back(std::move(note));
+    std::ranges::copy(notes.get(), std::back_inserter(all));
+    notes.set(std::move(all));
+}
+
+void NoteStore::update(const Note& note)
+{
+    Notes all = notes.get();
+    const auto place = std::ranges::find(all, note.id, &Note::id);
+    if (place == all.end())
+        return;
+    *place = note;
+    notes.set(std::move(all));
+}
+
+void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
+{
+    Notes all = notes.get();
+    const auto note = std::ranges::find(all, id, &Note::id);
+    if (note == all.end())
+        return;
+    auto [title, preview] = titleAndPreviewOf(text);
+    note->title = std::move(title);
+    note->preview = std::move(preview);
+    note->modifiedAt = m_services.scheduler.wallNow();
+    note->byteSize = byteSize;
+    sortNewestFirst(all);
+    notes.set(std::move(all));
+    scheduleRename(id);
+}
+
+// ---- Files
+
+Path NoteStore::uniqueNoteURL(std::string_view baseName) const
+{
+    return quillmark::uniqueNoteURL(m_services.files, folderURL.get(), baseName);
+}
+
+Result<Path> NoteStore::makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make)
+{
+    return makeUnderFreeName(m_services.files, folderURL.get(), baseName, [&](const Path& url) {
+        // A queued text will make a file of this name and would replace what we put there.
+        return m_services.writeQueue.pendingText(url) ? systemFailure(EEXIST) : make(url);
+    });
+}
+
+Note NoteStore::createNote()
+{
+    const auto made = makeFile(untitled, [&](const Path& url) -> Status {
+        const auto file = m_services.files.createNew(url, newFileMode);
+        return file ? Status() : std::unexpected(file.error());
+    });
+    Note note{.id = Uuid::random(),
+        .url = made ? *made : uniqueNoteURL(untitled),
+        .title = std::string(untitled),
+        .preview = "",
+        .modifiedAt = m_services.scheduler.wallNow(),
+        .byteSize = 0};
+    insertInFront(note);
+    return note;
+}
+
+void NoteStore::scheduleRename(Uuid id)
+{
+    m_renameTasks[id] = m_services.scheduler.after(renameDelay, [this, id] { renameFileIfNeeded(id); });
+}
+
+void NoteStore::renameFileIfNeeded(Uuid id)
+{
+    m_renameTasks.erase(id);
+    const Note* found = find(id);
+    if (!found)
+        return;
+    const Note note = *found;
+    const std::string desired = fileBaseName(note.title);
+    if (isNamedAfter(fileStem(note.url), desired))
+        return;
+    if (const Status moved = moveToName(note, desired); !moved)
+        m_services.log.line("Ledgerly: rename failed: " + moved.error().message);
+}
+
+Status NoteStore::moveToName(const Note& note, std::string_view baseName)
+{
+    // A queued text would otherwise make the old name again.
+    if (const Status written = m_services.writeQueue.finish(note.url); !written)
+        return written;
+    const auto target = makeFile(
+        baseName, [&](const Path& url) { return m_services.files.renameNoReplace(note.url, url); });
+    if (!target)
+        return std::unexpected(target.error());
+    Note moved = note;
+    moved.url = *target;
+    update(moved);
+    m_renamed.emit();
+    return {};
+}
+
+void NoteStore::trashNote(Note note)
+{
+    m_renameTasks.erase(note.id);
+    if (!m_services.writeQueue.finish(note.url)) {
+        if (const auto text = m_services.writeQueue.pendingText(note.url))
+            (void)m_services.recovery.keep(*text, note.url);
+        m_services.writeQueue.discard(note.url);
+    }
+    m_services.trash.recycle(note.url);
+    Notes rest = notes.get();
+    std::erase_if(rest, [&](const Note& other) { return other.id == note.id; });
+    notes.set(std::move(rest));
+}
+
+std::optional<Note> NoteStore::duplicateNote(Note note)
+{
+    if (!m_services.writeQueue.finish(note.url))
+        return std::nullopt;
+    const auto source = readFile(m_services.files, note.url);
+    if (!source)
+        return std::nullopt;
+    const auto target = makeFile(nameWithSuffix(fileStem(note.url), " copy"), [&](const Path& url) -> Status {
+        const auto made = createFile(m_services.files, url, source->info.mode, contentOf(source->bytes));
+        return made ? Status() : std::unexpected(made.error());
+    });
+    if (!target)
+        return std::nullopt;
+    note.id = Uuid::random();
+    note.url = *target;
+    note.modifiedAt = m_services.scheduler.wallNow();
+    insertInFront(note);
+    return note;
+}
+
+void NoteStore::saveNoteText(const Rope& text, Uuid id)
+{
+    const Note* note = find(id);
+    if (!note)
+        return;
+    const auto written
+        = m_services.writeQueue.writeNow({.target = note->url, .text = text, .lineEnds = LineEnds::lf});
+    if (written) {
+        noteDidSave(id, text, written->bytes);
+        return;
+    }
+    m_services.log.line("Ledgerly: save failed: " + written.error().message);
+    (void)m_services.recovery.keep(text, note->url);
+}
+
+std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& url)
+{
+    const WallTime now = m_services.scheduler.wallNow();
+    int64_t byteSize = 0;
+    const std::string baseName = nameWithSuffix(fileStem(url), conflictSuffix(now));
+    const auto target = makeFile(baseName, [&](const Path& free) -> Status {
+        const auto made = createFile(m_services.files, free, newFileMode, contentOf(text, LineEnds::lf));
+        if (!made)
+            return std::unexpected(made.error());
+        byteSize = made->bytes;
+        return {};
+    });
+    if (!target) {
+        (void)m_services.recovery.keep(text, url);
+        return std::nullopt;
+    }
+    auto [title, preview] = titleAndPreviewOf(text);
+    insertInFront({.id = Uuid::random(),
+        .url = *target,
+        .title = std::move(title),
+        .preview = std::move(preview),
+        .modifiedAt = now,
+        .byteSize = byteSize});
+    return *target;
+}
+
+} // namespace quillmark

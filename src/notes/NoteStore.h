@@ -1,0 +1,100 @@
+// The notes folder and one record for each note file in it: listing, naming and renaming, copies, the Trash.
+// Ids and records are taken by value: what they were read from may change meanwhile.
+// A failure is never fatal: an unreadable folder is an empty list, and the words of a note that cannot be
+// written go to the recovery folder. Main thread only; files are read and written before an operation
+// returns.
+#pragma once
+
+#include "base/Observable.h"
+#include "base/Scheduler.h"
+#include "io/RecoveryStore.h"
+#include "io/WriteQueue.h"
+#include "notes/Note.h"
+#include "platform/Log.h"
+#include "platform/Trash.h"
+#include "platform/UserDefaults.h"
+
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace quillmark {
+
+/// What the store needs of the world. All of it outlives the store.
+struct NoteStoreServices {
+    Scheduler& scheduler;
+    FileSystem& files;
+    Log& log;
+    UserDefaults& defaults;
+    Trash& trash;
+    WriteQueue& writeQueue;
+    RecoveryStore& recovery;
+    Path defaultFolder;
+};
+
+class NoteStore {
+public:
+    using Notes = std::vector<Note>;
+
+    /// Takes the folder that the user once chose, or the default one, makes it when it is missing, and lists
+    /// it.
+    explicit NoteStore(NoteStoreServices services);
+    NoteStore(const NoteStore&) = delete;
+    NoteStore& operator=(const NoteStore&) = delete;
+
+    Observable<Notes> notes; ///< newest first; new notes and copies stand in front until something is saved
+    Observable<Path> folderURL;
+
+    const Note* find(const Uuid& id) const; ///< null when there is none; valid until `notes` changes
+
+    // The folder.
+    bool setNotesFolder(const Path& folder); ///< false, and nothing changes, when it cannot be used
+    void resetNotesFolder(); ///< back to the default folder
+    void reloadNotes(); ///< lists the folder from scratch; every record gets a new id
+
+    // Note files.
+    Path uniqueNoteURL(
+        std::string_view baseName) const; ///< the first of "Plan.txt", "Plan 2.txt" … that is free
+    /// An empty "Untitled" note in front of the list. Its file never replaces another one; when it cannot be
+    /// made, the first save makes it.
+    Note createNote();
+    /// Asks for the file to be moved to the Trash and drops the record.
+    void trashNote(Note note);
+    std::optional<Note> duplicateNote(Note note); ///< nothing when the file could not be copied
+    void saveNoteText(const Rope& text, Uuid id); ///< with line feeds, and updates the record
+    /// Keeps a text that could not be saved over `url` as a new note beside it. Nothing when that failed too;
+    /// the text is then in the recovery folder.
+    std::optional<Path> writeConflictCopy(const Rope& text, const Path& url);
+
+    /// The text of a note is in its file, or queued to be: refreshes the record and sorts the list.
+    /// `byteSize` is that of the file as written. The file gets its title's name 5 s after the last save.
+    void noteDidSave(Uuid id, const Rope& text, int64_t byteSize);
+    void renameFileIfNeeded(Uuid id); ///< now instead of later
+
+    /// Calls `slot()` after a note's file got another name.
+    template <class Slot> [[nodiscard]] Connection onRename(Slot slot)
+    {
+        return Connection(m_renamed.connect(std::move(slot)));
+    }
+
+private:
+    Path resolveFolder();
+    void useFolder(const Path& folder);
+    Note record(const FolderEntry& entry) const;
+    void scheduleRename(Uuid id);
+    Result<Path> makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make);
+    Status moveToName(const Note& note, std::string_view baseName);
+    void insertInFront(Note note);
+    void update(const Note& note);
+
+    NoteStoreServices m_services;
+    std::unordered_map<Uuid, Task> m_renameTasks;
+    Signal<> m_renamed;
+};
+
+/// The first bytes of a file as text; empty when it cannot be read. A character that the end cuts is left
+/// out.
+std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes);
+
+} // namespace quillmark

@@ -1,0 +1,124 @@
+#include "notes/NoteNames.h"
+
+#include "io/Utf8.h"
+#include "support/World.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+
+namespace quillmark::test {
+namespace {
+
+std::string times(int count, std::string_view piece)
+{
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += piece;
+    return result;
+}
+
+constexpr std::string_view family = "👨‍👩‍👧‍👦"; // one character of 25 bytes
+
+TEST(TitleAndPreview, AreTheFirstLineThatIsNotBlankAndWhatFollows)
+{
+    const auto [title, preview] = titleAndPreview(u"  Shopping\n\nmilk\n  eggs\n");
+    EXPECT_EQ(title, "Shopping");
+    EXPECT_EQ(preview, "milk   eggs");
+
+    EXPECT_EQ(titleAndPreview(u"\n\u00A0\t\nЗаметка\t\u2003\n").title, "Заметка");
+    EXPECT_EQ(titleAndPreview(u"\n \n").title, "Untitled");
+    EXPECT_EQ(titleAndPreview(u"\n \n").preview, "");
+    EXPECT_EQ(titleAndPreview(u"").title, "Untitled");
+    EXPECT_EQ(titleAndPreview(u"one").preview, "");
+}
+
+TEST(TitleAndPreview, AreCutByWholeCharacters)
+{
+    const std::u16string families = utf16(times(100, family));
+    const auto [title, preview] = titleAndPreview(families + u"\n" + families);
+    EXPECT_EQ(title, times(80, family));
+    EXPECT_EQ(preview, times(80, family));
+}
+
+TEST(FileBaseName, MakesAFileNameOfAnyTitle)
+{
+    EXPECT_EQ(fileBaseName("Plan: Q3/Q4"), "Plan- Q3-Q4");
+    EXPECT_EQ(fileBaseName("...notes"), "notes");
+    EXPECT_EQ(fileBaseName(" a \t\n b\u00A0"), "a b");
+    EXPECT_EQ(fileBaseName(std::string("a\0b", 3)), "a-b");
+    EXPECT_EQ(fileBaseName(":"), "-");
+    EXPECT_EQ(fileBaseName("../.."), "-.."); // no name of a folder, and not hidden
+    for (const char* nothing : {"", ".", "..", " . ", " \t"})
+        EXPECT_EQ(fileBaseName(nothing), "Untitled") << nothing;
+    EXPECT_EQ(fileBaseName(times(70, "x")), times(60, "x"));
+    EXPECT_EQ(fileBaseName(times(70, "ё")), times(60, "ё"));
+}
+
+TEST(FileBaseName, LeavesRoomForEverySuffixInTheBytesOfAFileName)
+{
+    const std::string suffix = conflictSuffix(WallTime(std::chrono::days(20'000)));
+    for (const std::string& title :
+        {times(60, family), times(60, "\U0001F600"), times(200, "й"), "й" + times(59, family)}) {
+        const std::string name = fileBaseName(title);
+        EXPECT_TRUE(isWellFormedUtf8(name));
+        EXPECT_TRUE(title.starts_with(name)) << "a character was cut";
+        EXPECT_LE((name + " copy" + suffix + " 9999999.txt").size(), 255u);
+        EXPECT_EQ(nameWithSuffix(name + " copy", suffix), name + " copy" + suffix)
+            << "wanted and actual name differ";
+        EXPECT_EQ(fileBaseName(name), name);
+    }
+    EXPECT_GE(fileBaseName(times(60, family)).size(), 180u) << "cut more than needed";
+    EXPECT_EQ(fileBaseName("е" + times(200, "\u0301")), "Untitled") << "one character that no name can hold";
+}
+
+TEST(NameWithSuffix, CutsNamesThatOtherProgramsGave)
+{
+    EXPECT_EQ(nameWithSuffix("Plan", " copy"), "Plan copy");
+    const std::string name = nameWithSuffix(times(125, "ф"), " copy");
+    EXPECT_TRUE(name.ends_with("ф copy"));
+    EXPECT_TRUE(isWellFormedUtf8(name));
+    EXPECT_LE(name.size(), 243u);
+    EXPECT_LE(nameWithSuffix(times(251, "\xFF"), " copy").size(), 243u);
+}
+
+TEST(IsNamedAfter, ToleratesTheNumberThatMadeTheNameFree)
+{
+    EXPECT_TRUE(isNamedAfter("Plan", "Plan"));
+    EXPECT_TRUE(isNamedAfter("Plan 2", "Plan"));
+    EXPECT_FALSE(isNamedAfter("Plan", "Plan 2"));
+    EXPECT_FALSE(isNamedAfter("Plan2", "Plan"));
+    EXPECT_FALSE(isNamedAfter("Plan 2 3", "Plan"));
+    EXPECT_FALSE(isNamedAfter("Plan", "plan"));
+    EXPECT_TRUE(isNamedAfter("\u0438\u0306", "\u0439")) << "й, composed and decomposed, is one name";
+}
+
+TEST(ConflictSuffix, SurvivesAnyClock)
+{
+    EXPECT_EQ(conflictSuffix(WallTime()).size(), std::string(" (conflict 2026-03-05 14-07)").size());
+    EXPECT_FALSE(conflictSuffix(distantPast).empty());
+    EXPECT_FALSE(conflictSuffix(WallTime::max()).empty());
+}
+
+TEST(MakeUnderFreeName, NumbersTheNameUntilItIsFree)
+{
+    World world;
+    EXPECT_EQ(uniqueNoteURL(world.disk, World::notes, "Untitled"), world.note("Untitled.txt"));
+    world.putNote("Untitled.txt", "");
+    world.disk.putFolder(world.note("Untitled 2.txt"));
+    EXPECT_EQ(uniqueNoteURL(world.disk, World::notes, "Untitled"), world.note("Untitled 3.txt"));
+
+    std::vector<std::string> tried;
+    const auto made = makeUnderFreeName(world.disk, World::notes, "Untitled", [&](const Path& url) -> Status {
+        tried.push_back(url.filename());
+        return tried.size() == 1 ? systemFailure(EEXIST) : Status();
+    });
+    EXPECT_EQ(made, world.note("Untitled 4.txt"));
+    EXPECT_EQ(tried, (std::vector<std::string>{"Untitled 3.txt", "Untitled 4.txt"}));
+
+    const auto failed = makeUnderFreeName(
+        world.disk, World::notes, "x", [](const Path&) { return Status(systemFailure(ENOSPC)); });
+    EXPECT_EQ(failed.error().code, ENOSPC);
+}
+
+} // namespace
+} // namespace quillmark::test

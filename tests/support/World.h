@@ -1,0 +1,58 @@
+// Everything that the notes store and the model need of the world, each part a double that obeys the test.
+#pragma once
+
+#include "io/DocumentWriter.h"
+#include "io/RecoveryStore.h"
+#include "support/FakeFileSystem.h"
+#include "support/ManualScheduler.h"
+#include "support/MemoryDefaults.h"
+#include "support/RecordingAppearance.h"
+#include "support/RecordingLog.h"
+#include "support/RecordingTrash.h"
+#include "text/Unicode.h"
+
+#include <algorithm>
+
+namespace quillmark::test {
+
+struct World {
+    static constexpr const char* notes = "/home/u/Documents/Notes";
+    static constexpr const char* recovered = "/home/u/state/recovered";
+    static constexpr const char* journal = "/home/u/state/journal";
+
+    ManualScheduler scheduler;
+    FakeFileSystem disk{scheduler};
+    RecordingLog log;
+    MemoryDefaults defaults;
+    RecordingAppearance appearance;
+    RecordingTrash trash{[this](const Path& file) { disk.erase(file); }};
+    RecoveryStore recovery{disk, scheduler, log, recovered};
+    DocumentWriter writer{disk, recovery, scheduler};
+
+    World() { disk.putFolder(notes); }
+
+    Path note(const std::string& name) const { return Path(notes) / name; }
+    void putNote(const std::string& name, std::string_view bytes) { disk.putFile(note(name), bytes); }
+
+    /// The notes folder as another program sees it, temporary files left out.
+    std::vector<std::string> noteNames() const
+    {
+        auto names = disk.names(notes);
+        std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+        return names;
+    }
+
+    /// The texts in a folder, sorted.
+    std::vector<std::string> textsIn(const Path& folder) const
+    {
+        std::vector<std::string> texts;
+        for (const std::string& name : disk.names(folder)) {
+            if (const auto bytes = disk.bytes(folder / name); bytes && !name.ends_with(".lock"))
+                texts.push_back(*bytes);
+        }
+        std::ranges::sort(texts);
+        return texts;
+    }
+};
+
+} // namespace quillmark::test
