@@ -1,6 +1,7 @@
 #include "editor/Theme.h"
 
 #include <array>
+#include <cstddef>
 
 namespace quillmark {
 
