@@ -47,8 +47,8 @@ public:
     bool isEmpty() const { return m_root.items == 0; }
     int64_t size() const { return m_root.items; }
     const Summary& summary() const { return m_root.sum; } ///< of all items
-    const Item& operator[](int64_t index) const { return *at(index).item; }
-    Found at(int64_t index) const;
+    const Item& operator[](int64_t index) const; ///< 0 ≤ index < size()
+    Found at(int64_t index) const; ///< 0 ≤ index ≤ size()
 
     /// The item that holds position `target` ≥ 0 of a dimension: the first whose end lies behind it.
     /// A dimension takes a Summary to a number, as in find<&Summary::rows>(7).
@@ -141,6 +141,8 @@ private:
     // Reading.
     template <class Measure, class Value>
     static Found seek(const Branch& tree, Measure measure, Value target);
+    template <class Measure, class Value>
+    static const Item& descend(const Branch& tree, Measure measure, Value target, Found& found);
     template <class Slot, class Measure, class Value>
     static const Slot& pass(const NodeOf<Slot>& node, Measure measure, Value& target, Found& found);
     template <class Visit>

@@ -34,18 +34,27 @@ const Slot& SumTree<Item, Summary, maxSlots>::pass(
     return *slot;
 }
 
+/// The item that holds `target`, which lies in the tree; `found` gets all but the item.
+template <class Item, class Summary, int maxSlots>
+template <class Measure, class Value>
+const Item& SumTree<Item, Summary, maxSlots>::descend(
+    const Branch& tree, Measure measure, Value target, Found& found)
+{
+    assert(0 <= target && target < measure(tree));
+    const Node* node = tree.node.get();
+    while (node->height > 0)
+        node = pass(inner(*node), measure, target, found).node.get();
+    return pass(leaf(*node), measure, target, found);
+}
+
 template <class Item, class Summary, int maxSlots>
 template <class Measure, class Value>
 auto SumTree<Item, Summary, maxSlots>::seek(const Branch& tree, Measure measure, Value target) -> Found
 {
-    assert(target >= 0);
     if (target >= measure(tree))
         return {.item = nullptr, .index = tree.items, .before = tree.sum};
     Found found;
-    const Node* node = tree.node.get();
-    while (node->height > 0)
-        node = pass(inner(*node), measure, target, found).node.get();
-    found.item = &pass(leaf(*node), measure, target, found);
+    found.item = &descend(tree, measure, target, found);
     return found;
 }
 
@@ -53,6 +62,13 @@ template <class Item, class Summary, int maxSlots>
 auto SumTree<Item, Summary, maxSlots>::at(int64_t index) const -> Found
 {
     return seek(m_root, [](const auto& slot) { return itemsIn(slot); }, index);
+}
+
+template <class Item, class Summary, int maxSlots>
+const Item& SumTree<Item, Summary, maxSlots>::operator[](int64_t index) const
+{
+    Found place;
+    return descend(m_root, [](const auto& slot) { return itemsIn(slot); }, index, place);
 }
 
 template <class Item, class Summary, int maxSlots>

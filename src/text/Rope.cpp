@@ -35,9 +35,9 @@ auto BasicRope<leafUnits, fanout>::fromUtf8(std::string_view utf8) -> BasicRope
 
 template <int leafUnits, int fanout> char16_t BasicRope<leafUnits, fanout>::at(int64_t offset) const
 {
-    assert(0 <= offset && offset < length());
+    assert(0 <= offset && offset <= length());
     const auto found = leafAt(offset);
-    return (*found.item)[offset - found.before.units];
+    return found.item ? (*found.item)[offset - found.before.units] : u'\0';
 }
 
 template <int leafUnits, int fanout> std::u16string BasicRope<leafUnits, fanout>::text(Range range) const
@@ -212,13 +212,13 @@ template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::appendLe
 /// Makes the leaf before a seam and the leaf behind it sound: large enough, and no pair split between them.
 template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::rejoin(int64_t seam)
 {
-    const auto right = m_leaves.at(seam);
     const RopeLeaf& left = m_leaves[seam - 1];
-    const bool splitsPair = isHighSurrogate(left[left.length() - 1]) && isLowSurrogate((*right.item)[0]);
-    if (left.length() >= minUnits && right.item->length() >= minUnits && !splitsPair)
+    const RopeLeaf& right = m_leaves[seam];
+    const bool splitsPair = isHighSurrogate(left[left.length() - 1]) && isLowSurrogate(right[0]);
+    if (left.length() >= minUnits && right.length() >= minUnits && !splitsPair)
         return;
-    const int64_t start = right.before.units - left.length();
-    const std::u16string text = this->text({start, left.length() + right.item->length()});
+    const int64_t start = m_leaves.at(seam - 1).before.units;
+    const std::u16string text = this->text({start, left.length() + right.length()});
     const std::u16string_view all = text;
     if (all.size() <= static_cast<size_t>(maxUnits)) {
         const RopeLeaf joined(all);

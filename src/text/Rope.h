@@ -1,6 +1,6 @@
 // The text of a document: a persistent sequence of UTF-16 code units. A Rope is a value: copying it costs one
 // reference count, editing it never touches the copies, and any thread may read a copy while another is
-// edited. Lone surrogates are content like any other unit. Freeing a large text takes time (about 50 µs per
+// edited. Lone surrogates are content like any other unit. Freeing a large text takes time (up to 0.1 ms per
 // million units): whoever lets the last copy go on the main thread moves it into a background job instead.
 #pragma once
 
@@ -35,7 +35,7 @@ public:
     bool isEmpty() const { return m_leaves.isEmpty(); }
     int64_t lineCount() const { return m_leaves.summary().lineFeeds + 1; } ///< line feeds + 1
 
-    char16_t at(int64_t offset) const; ///< 0 ≤ offset < length()
+    char16_t at(int64_t offset) const; ///< U+0000 at length(), as in a string
     std::u16string text(Range range) const; ///< a contiguous copy; the range is cut to the text
     std::u16string text() const { return text({0, length()}); }
     BasicRope slice(Range range) const; ///< shares leaves with this rope, all but the two at its edges

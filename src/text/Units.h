@@ -1,6 +1,7 @@
 // Tight loops over stretches of text: Latin-1 bytes or UTF-16 units. Pure functions, any thread.
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
 #include <cstring>
@@ -78,7 +79,7 @@ template <class Unit> inline int64_t offsetOfLineFeed(std::span<const Unit> text
         if (text[offset] == u'\n' && skip-- == 0)
             return static_cast<int64_t>(offset);
     }
-    assert(!"the text has fewer line feeds");
+    assert(false && "the text has fewer line feeds");
     return static_cast<int64_t>(text.size());
 }
 

@@ -112,6 +112,14 @@ TEST_F(UndoManagerTest, TypingElsewhereStartsAStep)
     EXPECT_EQ(history(), (Texts{u"abc", u"bc", u""}));
 }
 
+TEST_F(UndoManagerTest, TextPutBehindTheLastTypingWithoutTheCaretIsAStep)
+{
+    type(u"a");
+    selection = {0, 0};
+    key(Kind::typing, {1, 0}, u"b"); // dropped there, say
+    EXPECT_EQ(history(), (Texts{u"a", u""}));
+}
+
 TEST_F(UndoManagerTest, BreakJoinStartsAStepInTheSamePlace)
 {
     type(u"a");
