@@ -15,8 +15,8 @@ template <class... Args> using Signal = sigc::signal<void(Args...)>;
 class Connection {
 public:
     Connection() = default;
-    Connection(sigc::connection connection)
-        : m_connection(std::move(connection))
+    Connection(const sigc::connection& connection)
+        : m_connection(connection)
     {
     }
     Connection(Connection&& other) noexcept
