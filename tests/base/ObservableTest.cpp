@@ -5,10 +5,8 @@
 #include <optional>
 #include <vector>
 
-namespace quillmark
-{
-namespace
-{
+namespace quillmark {
+namespace {
 
 TEST(Observable, TellsOfChangesOnly)
 {
@@ -44,7 +42,7 @@ TEST(Observable, ConnectionEndsWithItsOwnerAndMoves)
 TEST(Observable, ConnectionMayOutliveTheValue)
 {
     std::optional<Observable<int>> value(std::in_place, 1);
-    const Connection connection = value->onChange([](int) { });
+    const Connection connection = value->onChange([](int) {});
     value.reset();
 }
 

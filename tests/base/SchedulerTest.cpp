@@ -6,10 +6,8 @@
 #include <thread>
 #include <unistd.h>
 
-namespace quillmark
-{
-namespace
-{
+namespace quillmark {
+namespace {
 
 using namespace std::chrono_literals;
 using test::ManualScheduler;

@@ -6,12 +6,10 @@
 #include <optional>
 #include <utility>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// A clipboard and a primary selection of the test's own, both without text at first.
-class FakeClipboard final : public Clipboard
-{
+class FakeClipboard final : public Clipboard {
 public:
     bool hasText(Buffer buffer) const override { return slot(buffer).has_value(); }
     std::u16string text(Buffer buffer) const override { return slot(buffer).value_or(std::u16string()); }

@@ -4,10 +4,8 @@
 #include <poll.h>
 #include <stdexcept>
 
-namespace quillmark::test
-{
-namespace
-{
+namespace quillmark::test {
+namespace {
 
 using namespace std::chrono_literals;
 
@@ -27,8 +25,7 @@ std::function<void()> takeFirst(std::deque<std::function<void()>>& queue, std::m
 }
 
 /// A test whose callbacks start each other for ever should fail, not hang.
-class StuckGuard
-{
+class StuckGuard {
 public:
     void nextRound()
     {

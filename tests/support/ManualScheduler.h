@@ -8,13 +8,11 @@
 #include <mutex>
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// post(), runInBackground() and the clocks may be used from any thread; the cranks are for the test's
 /// thread, which plays the main thread and the background threads in turn.
-class ManualScheduler final : public Scheduler
-{
+class ManualScheduler final : public Scheduler {
 public:
     enum class Background {
         whenCranked, ///< jobs wait for runBackground() or settle()

@@ -6,12 +6,10 @@
 #include <variant>
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// User defaults that live as long as the test, and remember which keys were written in which order.
-class MemoryDefaults final : public UserDefaults
-{
+class MemoryDefaults final : public UserDefaults {
 public:
     std::optional<std::string> string(std::string_view key) const override { return get<std::string>(key); }
     std::optional<bool> boolean(std::string_view key) const override { return get<bool>(key); }

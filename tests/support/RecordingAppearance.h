@@ -4,11 +4,9 @@
 
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
-class RecordingAppearance final : public Appearance
-{
+class RecordingAppearance final : public Appearance {
 public:
     void apply(AppearanceMode mode) override { m_applied.push_back(mode); }
 

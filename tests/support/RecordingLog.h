@@ -7,12 +7,10 @@
 #include <string>
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// A log that keeps its lines for the test to read.
-class RecordingLog final : public Log
-{
+class RecordingLog final : public Log {
 public:
     void line(std::string_view text) override
     {

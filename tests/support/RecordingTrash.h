@@ -6,13 +6,11 @@
 #include <utility>
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// A wastebasket that only remembers what was put in. `onRecycle` may take the file away, as a real one does;
 /// without it the file stays, as when a real one fails.
-class RecordingTrash final : public Trash
-{
+class RecordingTrash final : public Trash {
 public:
     explicit RecordingTrash(std::function<void(const std::filesystem::path&)> onRecycle = nullptr)
         : m_onRecycle(std::move(onRecycle))

@@ -5,10 +5,8 @@
 #include <string>
 #include <system_error>
 
-namespace quillmark::test
-{
-namespace
-{
+namespace quillmark::test {
+namespace {
 
 std::filesystem::path makeFreshFolder()
 {

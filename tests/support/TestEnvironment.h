@@ -4,16 +4,14 @@
 #include <cstdint>
 #include <filesystem>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 /// The seed of this run's random tests: QUILLMARK_SEED, or a random number. Printed when the program starts.
 uint64_t seed();
 
 /// While it lives, HOME, TMPDIR and the XDG folders of this process lie in a fresh temporary folder, which is
 /// removed at the end. One a process, before the first thread.
-class TemporaryHome
-{
+class TemporaryHome {
 public:
     TemporaryHome();
     ~TemporaryHome();
@@ -25,8 +23,7 @@ private:
 };
 
 /// A fresh folder, removed with everything in it at the end of the scope.
-class TemporaryFolder
-{
+class TemporaryFolder {
 public:
     TemporaryFolder();
     ~TemporaryFolder();
