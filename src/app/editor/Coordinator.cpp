@@ -1,0 +1,96 @@
+#include "app/editor/Coordinator.h"
+
+#include "app/editor/EditorView.h"
+#include "desktop/Fonts.h"
+
+#include <algorithm>
+
+namespace quillmark {
+
+namespace {
+
+/// Texts of at least this length show line 1 and the offset as the column.
+constexpr int64_t longText = 500'000;
+
+} // namespace
+
+Coordinator::Coordinator(AppState& app, Scheduler& scheduler, EditorView& view)
+    : m_app(app)
+    , m_scheduler(scheduler)
+    , m_view(view)
+{
+    m_connections.emplace_back(app.settings.fontName.onChange([this](const auto&) { applyFont(); }));
+    m_connections.emplace_back(app.settings.fontSize.onChange([this](double) { applyFont(); }));
+    m_connections.emplace_back(app.isReadOnly.onChange([this](bool) { applyEditability(); }));
+    m_connections.emplace_back(app.isLoading.onChange([this](bool) { applyEditability(); }));
+    m_connections.emplace_back(app.loadGeneration.onChange([this](int64_t generation) {
+        if (generation != m_lastGeneration)
+            installText();
+    }));
+    m_connections.emplace_back(view.boundsChanged().connect([this] { boundsChanged(); }));
+
+    PlainTextView& text = view.textView();
+    text.setDelegate(this);
+    applyFont();
+    applyEditability();
+    installText();
+    app.setTextView(&text);
+}
+
+Coordinator::~Coordinator()
+{
+    if (m_app.textView() == &m_view.textView())
+        m_app.setTextView(nullptr);
+    m_view.textView().setDelegate(nullptr);
+}
+
+void Coordinator::textDidChange()
+{
+    m_app.textDidChange();
+}
+
+void Coordinator::textViewDidChangeSelection()
+{
+    const PlainTextView& view = m_view.textView();
+    const Rope& text = view.text();
+    const int64_t caret = std::min(text.length(), view.selection().range().location);
+    const Line line = text.length() < longText ? text.lineAt(caret) : Line{0};
+    m_app.cursorLine.set(number(line) + 1);
+    m_app.cursorColumn.set(caret - text.startOf(line) + 1);
+}
+
+void Coordinator::boundsChanged()
+{
+    const PlainTextView& view = m_view.textView();
+    const double visible = m_view.height();
+    const double document = std::max(visible, view.contentHeight());
+    if (document <= 0)
+        return;
+    m_app.viewportStart.set(std::max(view.scrollTop() / document, 0.0));
+    m_app.viewportFraction.set(std::min(visible / document, 1.0));
+}
+
+void Coordinator::installText()
+{
+    m_lastGeneration = m_app.loadGeneration.get();
+    m_view.textView().setText(m_app.currentText());
+    m_focus = m_scheduler.after(Duration::zero(), [this] { m_view.setFocus(); });
+}
+
+void Coordinator::applyFont()
+{
+    const std::string& name = m_app.settings.fontName.get();
+    const double size = m_app.settings.fontSize.get();
+    if (name == m_fontName && size == m_fontSize)
+        return;
+    m_fontName = name;
+    m_fontSize = size;
+    m_view.setEditorFont(editorFont(name, size));
+}
+
+void Coordinator::applyEditability()
+{
+    m_view.setEditable(!m_app.isReadOnly.get() && !m_app.isLoading.get());
+}
+
+} // namespace quillmark

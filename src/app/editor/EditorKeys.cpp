@@ -1,0 +1,141 @@
+#include "app/editor/EditorKeys.h"
+
+#include <QKeyEvent>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace quillmark {
+
+namespace {
+
+struct MotionKey {
+    int key;
+    Qt::KeyboardModifiers modifiers; ///< Shift extends the selection and is not among them
+    Motion motion;
+};
+
+constexpr MotionKey motionKeys[] = {
+    {Qt::Key_Left, Qt::NoModifier, Motion::characterLeft},
+    {Qt::Key_Right, Qt::NoModifier, Motion::characterRight},
+    {Qt::Key_Left, Qt::ControlModifier, Motion::wordLeft},
+    {Qt::Key_Right, Qt::ControlModifier, Motion::wordRight},
+    {Qt::Key_Up, Qt::NoModifier, Motion::rowUp},
+    {Qt::Key_Down, Qt::NoModifier, Motion::rowDown},
+    {Qt::Key_Home, Qt::NoModifier, Motion::rowStart},
+    {Qt::Key_End, Qt::NoModifier, Motion::rowEnd},
+    {Qt::Key_PageUp, Qt::NoModifier, Motion::pageUp},
+    {Qt::Key_PageDown, Qt::NoModifier, Motion::pageDown},
+    {Qt::Key_Home, Qt::ControlModifier, Motion::documentStart},
+    {Qt::Key_End, Qt::ControlModifier, Motion::documentEnd},
+};
+
+struct CommandKey {
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    KeyCommand command;
+};
+
+const Qt::KeyboardModifiers controlShift = Qt::ControlModifier | Qt::ShiftModifier;
+constexpr KeyCommand newline = [](PlainTextView& text) { text.insertNewline(); };
+constexpr KeyCommand deleteBackward = [](PlainTextView& text) { text.deleteBackward(); };
+constexpr KeyCommand undo = [](PlainTextView& text) { text.undo(); };
+constexpr KeyCommand redo = [](PlainTextView& text) { text.redo(); };
+constexpr KeyCommand cut = [](PlainTextView& text) { text.cut(); };
+constexpr KeyCommand copy = [](PlainTextView& text) { text.copy(); };
+constexpr KeyCommand paste = [](PlainTextView& text) { text.paste(); };
+
+const CommandKey commandKeys[] = {
+    {Qt::Key_Return, Qt::NoModifier, newline},
+    {Qt::Key_Return, Qt::ShiftModifier, newline},
+    {Qt::Key_Enter, Qt::NoModifier, newline},
+    {Qt::Key_Enter, Qt::ShiftModifier, newline},
+    {Qt::Key_Tab, Qt::NoModifier, [](PlainTextView& text) { text.insertTab(); }},
+    {Qt::Key_Backspace, Qt::NoModifier, deleteBackward},
+    {Qt::Key_Backspace, Qt::ShiftModifier, deleteBackward},
+    {Qt::Key_Backspace, Qt::ControlModifier, [](PlainTextView& text) { text.deleteWordBackward(); }},
+    {Qt::Key_Delete, Qt::NoModifier, [](PlainTextView& text) { text.deleteForward(); }},
+    {Qt::Key_Delete, Qt::ControlModifier, [](PlainTextView& text) { text.deleteWordForward(); }},
+    {Qt::Key_Z, Qt::ControlModifier, undo},
+    {Qt::Key_Undo, Qt::NoModifier, undo},
+    {Qt::Key_Z, controlShift, redo},
+    {Qt::Key_Y, Qt::ControlModifier, redo},
+    {Qt::Key_Redo, Qt::NoModifier, redo},
+    {Qt::Key_X, Qt::ControlModifier, cut},
+    {Qt::Key_Delete, Qt::ShiftModifier, cut},
+    {Qt::Key_Cut, Qt::NoModifier, cut},
+    {Qt::Key_C, Qt::ControlModifier, copy},
+    {Qt::Key_Insert, Qt::ControlModifier, copy},
+    {Qt::Key_Copy, Qt::NoModifier, copy},
+    {Qt::Key_V, Qt::ControlModifier, paste},
+    {Qt::Key_Insert, Qt::ShiftModifier, paste},
+    {Qt::Key_Paste, Qt::NoModifier, paste},
+    {Qt::Key_A, Qt::ControlModifier, [](PlainTextView& text) { text.selectAll(); }},
+};
+
+/// The Latin letter that a keyboard has at the place of a key code of X and Wayland; 0 for other keys.
+int letterAt(quint32 keyCode)
+{
+    constexpr std::pair<quint32, std::string_view> rows[]
+        = {{24, "QWERTYUIOP"}, {38, "ASDFGHJKL"}, {52, "ZXCVBNM"}};
+    for (const auto& [first, letters] : rows) {
+        if (keyCode >= first && keyCode < first + letters.size())
+            return letters[keyCode - first];
+    }
+    return 0;
+}
+
+int shortcutKey(const QKeyEvent& event)
+{
+    constexpr int firstNonLatin = 0x80;
+    constexpr int firstNamed = 0x01000000; // Qt::Key_Escape and the other keys without a character
+    const int key = event.key();
+    if (key < firstNonLatin || key >= firstNamed)
+        return key;
+    const int letter = letterAt(event.nativeScanCode());
+    return letter != 0 ? letter : key;
+}
+
+} // namespace
+
+std::optional<KeyAction> actionFor(const QKeyEvent& event)
+{
+    const int key = shortcutKey(event);
+    const Qt::KeyboardModifiers modifiers
+        = event.modifiers() & ~(Qt::KeypadModifier | Qt::GroupSwitchModifier);
+
+    const auto motion = std::ranges::find_if(motionKeys, [&](const MotionKey& row) {
+        return row.key == key && row.modifiers == (modifiers & ~Qt::ShiftModifier);
+    });
+    if (motion != std::end(motionKeys))
+        return KeyMotion{motion->motion, modifiers & Qt::ShiftModifier ? Extend::yes : Extend::no};
+
+    const auto command = std::ranges::find_if(
+        commandKeys, [&](const CommandKey& row) { return row.key == key && row.modifiers == modifiers; });
+    if (command != std::end(commandKeys))
+        return command->command;
+    return std::nullopt;
+}
+
+void run(const KeyAction& action, PlainTextView& text)
+{
+    if (const auto* motion = std::get_if<KeyMotion>(&action))
+        text.move(motion->motion, motion->extend);
+    else
+        std::get<KeyCommand>(action)(text);
+}
+
+QString typedText(const QKeyEvent& event)
+{
+    const bool isDead = event.key() >= Qt::Key_Dead_Grave && event.key() <= Qt::Key_Dead_Longsolidusoverlay;
+    const QString text = event.text();
+    if (text.isEmpty() || isDead
+        || (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return {};
+    // Formatting characters such as the zero-width non-joiner are on some keyboards; control characters are
+    // not text.
+    return text.at(0).category() == QChar::Other_Control ? QString() : text;
+}
+
+} // namespace quillmark

@@ -1,0 +1,94 @@
+// The pixels of the editor: paints the visible rows, the selection and the caret of a PlainTextView and hands
+// keys, mouse and wheel to it. It knows no document and no settings; the Coordinator connects it with
+// AppState.
+#pragma once
+
+#include "app/editor/EditorFrame.h"
+#include "app/editor/EditorScrollBar.h"
+#include "desktop/QtShaper.h"
+
+#include <QBasicTimer>
+#include <QWidget>
+
+class QMenu;
+
+namespace quillmark {
+
+class EditorView : public QWidget {
+public:
+    static constexpr int horizontalInset = 20;
+    static constexpr int verticalInset = 16; ///< scrolls with the text
+
+    EditorView(Scheduler& scheduler, Clipboard& clipboard, QWidget* parent = nullptr);
+    ~EditorView() override;
+
+    PlainTextView& textView() { return m_text; }
+    void setEditorFont(const QFont& font); ///< of existing and of new text; the text itself is not touched
+    void setEditable(bool editable);
+    Signal<>& boundsChanged() { return m_boundsChanged; } ///< after every scroll and resize
+
+    QSize sizeHint() const override { return {800, 600}; }
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool focusNextPrevChild(bool) override { return false; } ///< Tab is a character here
+
+private:
+    struct DoubleClick {
+        ulong time = 0; ///< milliseconds, of the event
+        QPointF place;
+    };
+
+    // Painting.
+    void refreshLater();
+    void refresh(MayScroll mayScroll);
+    void screenChanged();
+    void drawSelection(QPainter& painter, const FrameRow& row, const QRectF& place) const;
+    void drawRow(QPainter& painter, const FrameRow& row) const;
+    void drawCaret(QPainter& painter) const;
+    std::optional<QRectF> caretRect();
+    QRect textArea() const; ///< without the strip of the scroll bar
+    void restartBlinking();
+    void placeScrollBar();
+
+    // The mouse.
+    void pressAt(QPointF place, Granularity granularity, Extend extend);
+    void drag();
+    void pastePrimarySelectionAt(QPointF place);
+    bool isThirdClick(const QMouseEvent& event) const;
+    QMenu* makeContextMenu();
+
+    QtShaper m_shaper;
+    PlainTextView m_text;
+    Clipboard& m_clipboard;
+    EditorScrollBar* const m_scrollBar;
+    EditorFrame m_frame; ///< what is on the screen once all updates are painted
+    bool m_isRefreshPending = false;
+    bool m_isCaretOn = false;
+    QBasicTimer m_blink;
+
+    bool m_isSelecting = false;
+    QPointF m_dragPlace;
+    QBasicTimer m_autoscroll;
+    std::optional<DoubleClick> m_doubleClick;
+    double m_wheelRest = 0; ///< pixels that were asked for and are less than one of the device's
+
+    Signal<> m_boundsChanged;
+    std::vector<Connection> m_connections;
+};
+
+} // namespace quillmark

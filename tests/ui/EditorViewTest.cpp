@@ -1,0 +1,452 @@
+#include "app/editor/EditorView.h"
+#include "app/Paint.h"
+#include "desktop/Fonts.h"
+#include "support/FakeClipboard.h"
+#include "support/ManualScheduler.h"
+#include "support/TestEnvironment.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPaintEvent>
+#include <QScreen>
+#include <QWheelEvent>
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace quillmark {
+
+namespace {
+
+class RecordingView : public EditorView {
+public:
+    using EditorView::EditorView;
+    QRegion painted;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        painted += event->region();
+        EditorView::paintEvent(event);
+    }
+};
+
+constexpr Qt::KeyboardModifiers none = Qt::NoModifier;
+constexpr Qt::KeyboardModifiers control = Qt::ControlModifier;
+constexpr Qt::KeyboardModifiers shift = Qt::ShiftModifier;
+
+class EditorViewTest : public testing::Test {
+protected:
+    EditorViewTest()
+    {
+        view.resize(600, 400);
+        view.show();
+        view.activateWindow();
+        view.setFocus();
+        settle();
+    }
+
+    static void settle()
+    {
+        for (int turn = 0; turn < 3; ++turn) // a refresh, the painting it asks for, and what that asks for
+            QCoreApplication::processEvents();
+    }
+
+    PlainTextView& model() { return view.textView(); }
+    std::u16string text() { return model().text().text(); }
+    Range selected() { return model().selection().range(); }
+    int64_t caret() { return model().selection().caret; }
+    void install(std::u16string_view text)
+    {
+        model().setText(Rope(text));
+        settle();
+    }
+
+    bool press(int key, Qt::KeyboardModifiers modifiers = none, const QString& text = {}, quint32 keyCode = 0)
+    {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers, keyCode, 0, 0, text);
+        event.setAccepted(false);
+        QCoreApplication::sendEvent(&view, &event);
+        settle();
+        return event.isAccepted();
+    }
+    void type(const QString& text)
+    {
+        for (const QChar unit : text)
+            press(unit.toUpper().unicode(), none, QString(unit));
+    }
+
+    void mouse(QEvent::Type type, QPointF place, Qt::MouseButton button = Qt::LeftButton,
+        Qt::KeyboardModifiers modifiers = none)
+    {
+        const bool isUp = type == QEvent::MouseButtonRelease;
+        const auto held = isUp ? Qt::NoButton : button;
+        QMouseEvent event(type, place, view.mapToGlobal(place),
+            type == QEvent::MouseMove ? Qt::NoButton : button, held, modifiers);
+        QCoreApplication::sendEvent(&view, &event);
+        settle();
+    }
+    void click(QPointF place, Qt::KeyboardModifiers modifiers = none)
+    {
+        mouse(QEvent::MouseButtonPress, place, Qt::LeftButton, modifiers);
+        mouse(QEvent::MouseButtonRelease, place, Qt::LeftButton, modifiers);
+    }
+    void turnWheel(int angle)
+    {
+        QWheelEvent event({100, 100}, view.mapToGlobal(QPointF(100, 100)), {}, {0, angle}, Qt::NoButton, none,
+            Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&view, &event);
+        settle();
+    }
+
+    /// The middle of the left edge of the character at an offset.
+    QPointF placeOf(int64_t offset)
+    {
+        const CaretPlace place = model().placeOf(offset);
+        return {EditorView::horizontalInset + place.x, place.top + place.height / 2};
+    }
+    double rowHeight() { return model().layoutManager().metrics().height; }
+    QImage onScreen()
+    {
+        return view.screen()->grabWindow(view.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+    }
+    QImage paintedAnew() { return view.grab().toImage().convertToFormat(QImage::Format_RGB32); }
+
+    test::ManualScheduler scheduler;
+    test::FakeClipboard clipboard;
+    RecordingView view{scheduler, clipboard};
+};
+
+std::u16string lines(int count)
+{
+    std::u16string text;
+    for (int i = 0; i < count; ++i)
+        text += u"строка " + std::u16string(static_cast<size_t>(i % 7), u'x') + u"\n";
+    return text;
+}
+
+} // namespace
+
+TEST_F(EditorViewTest, TypesAndDeletesByKeys)
+{
+    type(QStringLiteral("Привет, мир"));
+    press(Qt::Key_Return, none, QStringLiteral("\r"));
+    press(Qt::Key_Tab, none, QStringLiteral("\t"));
+    press(0, none, QStringLiteral("\u200C")); // the zero-width non-joiner of Persian keyboards
+    press(0, none, QStringLiteral("😀"));
+    EXPECT_EQ(text(), u"Привет, мир\n\t\u200C😀");
+
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(text(), u"Привет, мир");
+    press(Qt::Key_Backspace, control);
+    EXPECT_EQ(text(), u"Привет, ");
+    press(Qt::Key_Home, control);
+    press(Qt::Key_Delete);
+    EXPECT_EQ(text(), u"ривет, ");
+    press(Qt::Key_Delete, control);
+    EXPECT_NE(text(), u"ривет, ");
+}
+
+TEST_F(EditorViewTest, KeysThatTypeNothingAreLeftToOthers)
+{
+    EXPECT_FALSE(press(Qt::Key_N, control, QStringLiteral("\x0E")));
+    EXPECT_FALSE(press(Qt::Key_F, Qt::AltModifier, QStringLiteral("f")));
+    EXPECT_FALSE(press(Qt::Key_F3));
+    EXPECT_FALSE(press(Qt::Key_Escape, none, QStringLiteral("\x1b")));
+    EXPECT_FALSE(press(Qt::Key_Dead_Acute, none, QStringLiteral("´")));
+    EXPECT_EQ(text(), u"");
+    EXPECT_TRUE(press(Qt::Key_At, Qt::GroupSwitchModifier, QStringLiteral("@"))); // AltGr
+    EXPECT_EQ(text(), u"@");
+}
+
+TEST_F(EditorViewTest, DeadKeysArriveThroughTheInputMethod)
+{
+    QInputMethodEvent event;
+    event.setCommitString(QStringLiteral("é"));
+    QCoreApplication::sendEvent(&view, &event);
+    EXPECT_EQ(text(), u"é");
+
+    view.setEditable(false);
+    EXPECT_FALSE(view.inputMethodQuery(Qt::ImEnabled).toBool());
+    QCoreApplication::sendEvent(&view, &event);
+    EXPECT_EQ(text(), u"é");
+}
+
+TEST_F(EditorViewTest, MovesAndSelectsByKeys)
+{
+    install(u"один два три\nчетыре");
+    press(Qt::Key_Right, control);
+    press(Qt::Key_Right, control | shift);
+    EXPECT_EQ(selected().length > 0, true);
+    press(Qt::Key_End, shift);
+    EXPECT_EQ(selected().end(), 12);
+    press(Qt::Key_Down, none);
+    press(Qt::Key_Home, control | shift | Qt::KeypadModifier);
+    EXPECT_EQ(selected().location, 0);
+    press(Qt::Key_A, control);
+    EXPECT_EQ(selected(), (Range{0, 19}));
+    type(QStringLiteral("x"));
+    EXPECT_EQ(text(), u"x");
+}
+
+TEST_F(EditorViewTest, UndoesAndUsesTheClipboardByKeys)
+{
+    type(QStringLiteral("word"));
+    press(Qt::Key_Z, control);
+    EXPECT_EQ(text(), u"");
+    press(Qt::Key_Z, control | shift);
+    EXPECT_EQ(text(), u"word");
+    press(Qt::Key_Z, control);
+    press(Qt::Key_Y, control);
+    EXPECT_EQ(text(), u"word");
+
+    press(Qt::Key_A, control);
+    press(Qt::Key_Insert, control);
+    press(Qt::Key_End, none);
+    press(Qt::Key_Insert, shift);
+    EXPECT_EQ(text(), u"wordword");
+    press(Qt::Key_A, control);
+    press(Qt::Key_Delete, shift);
+    EXPECT_EQ(text(), u"");
+    EXPECT_EQ(clipboard.text(Clipboard::Buffer::clipboard), u"wordword");
+}
+
+TEST_F(EditorViewTest, ShortcutsWorkUnderTheRussianLayout)
+{
+    constexpr quint32 keyOfA = 38;
+    constexpr quint32 keyOfZ = 52;
+    constexpr quint32 keyOfC = 54;
+    constexpr quint32 keyOfV = 55;
+    install(u"текст");
+    press(0x0424, control, {}, keyOfA); // Ф
+    press(0x0421, control, {}, keyOfC); // С
+    press(Qt::Key_End);
+    press(0x041C, control, {}, keyOfV); // М
+    EXPECT_EQ(text(), u"тексттекст");
+    press(0x042F, control, {}, keyOfZ); // Я
+    EXPECT_EQ(text(), u"текст");
+}
+
+TEST_F(EditorViewTest, TakesItsOwnKeysBeforeTheShortcutsOfTheWindow)
+{
+    const auto isTaken = [&](int key, Qt::KeyboardModifiers modifiers, const QString& text = {}) {
+        QKeyEvent event(QEvent::ShortcutOverride, key, modifiers, text);
+        event.setAccepted(false);
+        QCoreApplication::sendEvent(&view, &event);
+        return event.isAccepted();
+    };
+    EXPECT_TRUE(isTaken(Qt::Key_C, control));
+    EXPECT_TRUE(isTaken(Qt::Key_A, none, QStringLiteral("a")));
+    EXPECT_TRUE(isTaken(Qt::Key_Delete, control));
+    EXPECT_FALSE(isTaken(Qt::Key_N, control, QStringLiteral("\x0E")));
+    EXPECT_FALSE(isTaken(Qt::Key_F3, none));
+}
+
+TEST_F(EditorViewTest, ReadOnlyTextMovesItsCaretOnly)
+{
+    install(u"слово");
+    view.setEditable(false);
+    type(QStringLiteral("x"));
+    press(Qt::Key_Backspace);
+    press(Qt::Key_Right, shift);
+    press(Qt::Key_X, control);
+    EXPECT_EQ(text(), u"слово");
+    EXPECT_EQ(selected(), (Range{0, 1}));
+}
+
+TEST_F(EditorViewTest, ClicksSelectCharactersWordsAndLines)
+{
+    install(u"alpha beta\ngamma");
+    click(placeOf(3));
+    EXPECT_EQ(caret(), 3);
+    click(placeOf(8), shift);
+    EXPECT_EQ(selected(), (Range{3, 5}));
+
+    const QPointF inBeta = placeOf(8);
+    click(inBeta);
+    mouse(QEvent::MouseButtonDblClick, inBeta);
+    EXPECT_EQ(selected(), (Range{6, 4}));
+    click(inBeta);
+    EXPECT_EQ(selected().location, 0);
+    EXPECT_GE(selected().length, 10);
+    EXPECT_EQ(
+        clipboard.text(Clipboard::Buffer::primarySelection), text().substr(0, size_t(selected().length)));
+    click(inBeta); // a fourth click, after the third, is a first one again
+    EXPECT_TRUE(selected().isEmpty());
+}
+
+TEST_F(EditorViewTest, DraggingSelectsAndTheMiddleButtonPastesTheSelection)
+{
+    install(u"alpha beta");
+    mouse(QEvent::MouseButtonPress, placeOf(0));
+    mouse(QEvent::MouseMove, placeOf(5));
+    mouse(QEvent::MouseButtonRelease, placeOf(5));
+    EXPECT_EQ(selected(), (Range{0, 5}));
+    mouse(QEvent::MouseButtonPress, placeOf(10), Qt::MiddleButton);
+    EXPECT_EQ(text(), u"alpha betaalpha");
+    view.setEditable(false);
+    mouse(QEvent::MouseButtonPress, placeOf(0), Qt::MiddleButton);
+    EXPECT_EQ(text(), u"alpha betaalpha");
+}
+
+TEST_F(EditorViewTest, DraggingBelowTheWindowKeepsScrolling)
+{
+    install(lines(200));
+    mouse(QEvent::MouseButtonPress, placeOf(0));
+    mouse(QEvent::MouseMove, {50, view.height() + 40.0});
+    const double first = model().scrollTop();
+    QElapsedTimer timer;
+    timer.start();
+    while (model().scrollTop() < first + 3 * rowHeight() && timer.elapsed() < 10'000)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    EXPECT_GE(model().scrollTop(), first + 3 * rowHeight());
+    mouse(QEvent::MouseButtonRelease, {50, view.height() + 40.0});
+    EXPECT_GT(selected().length, 100);
+}
+
+TEST_F(EditorViewTest, TheWheelScrollsByRowsAndKeepsFractions)
+{
+    install(lines(200));
+    turnWheel(-120);
+    EXPECT_NEAR(model().scrollTop(), 3 * rowHeight(), 1e-6);
+    for (int step = 0; step < 120; ++step)
+        turnWheel(1);
+    EXPECT_NEAR(model().scrollTop(), 0, 1.0);
+    turnWheel(100'000);
+    EXPECT_EQ(model().scrollTop(), 0);
+    turnWheel(-1'000'000);
+    EXPECT_NEAR(model().scrollTop(), model().contentHeight() - view.height(), 1e-6);
+}
+
+TEST_F(EditorViewTest, TheScrollBarIsThereOnlyWhenNeeded)
+{
+    const auto* bar = view.findChild<QWidget*>();
+    ASSERT_NE(bar, nullptr);
+    install(u"short");
+    EXPECT_FALSE(bar->isVisible());
+    install(lines(200));
+    ASSERT_TRUE(bar->isVisible());
+    const auto press = [&](double y) {
+        QMouseEvent event(QEvent::MouseButtonPress, QPointF(6, y), bar->mapToGlobal(QPointF(6, y)),
+            Qt::LeftButton, Qt::LeftButton, none);
+        QCoreApplication::sendEvent(const_cast<QWidget*>(bar), &event);
+        settle();
+    };
+    press(view.height() - 1);
+    EXPECT_NEAR(model().scrollTop(), model().contentHeight() - view.height(), 1e-6);
+}
+
+TEST_F(EditorViewTest, WrapsAtTheWidthOfTheView)
+{
+    install(std::u16string(50, u'x') + u" " + std::u16string(50, u'y'));
+    const double wide = model().contentHeight();
+    view.resize(300, 400);
+    settle();
+    EXPECT_GT(model().contentHeight(), wide);
+    view.resize(1, 1);
+    settle();
+    view.resize(600, 400);
+    settle();
+    EXPECT_EQ(model().contentHeight(), wide);
+}
+
+TEST_F(EditorViewTest, AnotherFontTakesTheTextAlong)
+{
+    install(lines(20));
+    press(Qt::Key_Right);
+    const double before = model().contentHeight();
+    view.setEditorFont(editorFont({}, 20));
+    settle();
+    EXPECT_GT(model().contentHeight(), before * 1.3);
+    EXPECT_EQ(text(), lines(20));
+    EXPECT_EQ(caret(), 1);
+}
+
+TEST_F(EditorViewTest, PaintsBackgroundTextSelectionAndCaret)
+{
+    install(u"ММММ\n\n");
+    const QRgb background = color(ThemeColor::background).rgb();
+    const QRgb accent = color(ThemeColor::accent).rgb();
+    QImage image = paintedAnew();
+    const int middle = static_cast<int>(EditorView::verticalInset + rowHeight() / 2);
+    EXPECT_EQ(image.pixel(5, 5), background);
+    EXPECT_EQ(image.pixel(EditorView::horizontalInset, middle), accent) << "the caret";
+    int inked = 0;
+    for (int x = EditorView::horizontalInset + 3; x < 60; ++x)
+        inked += qGray(image.pixel(x, middle)) < 128 ? 1 : 0;
+    EXPECT_GT(inked, 4);
+
+    press(Qt::Key_A, control);
+    image = paintedAnew();
+    const int secondRow = middle + static_cast<int>(rowHeight());
+    EXPECT_NE(image.pixel(EditorView::horizontalInset + 2, secondRow), background) << "a selected empty line";
+    EXPECT_EQ(image.pixel(300, secondRow), background);
+}
+
+TEST_F(EditorViewTest, AKeyRepaintsItsRowOnly)
+{
+    install(lines(100));
+    view.painted = {};
+    type(QStringLiteral("w"));
+    EXPECT_FALSE(view.painted.isEmpty());
+    EXPECT_LE(view.painted.boundingRect().height(), rowHeight() + 2);
+    view.painted = {};
+    settle();
+    EXPECT_TRUE(view.painted.isEmpty());
+}
+
+// Whatever is scrolled, repainted in part or left alone: the window must look as if painted from scratch.
+TEST_F(EditorViewTest, PartialPaintingLooksLikePaintingAnew)
+{
+    std::mt19937 random(static_cast<unsigned>(test::seed()));
+    const auto below = [&](int bound) { return std::uniform_int_distribution<>(0, bound - 1)(random); };
+    install(lines(60) + std::u16string(300, u'w') + u"\nabc שלום\tdef 😀\n" + lines(20));
+    const std::vector<std::function<void()>> steps = {
+        [&] { type(QStringLiteral("ё")); },
+        [&] { press(Qt::Key_Return); },
+        [&] { press(Qt::Key_Backspace); },
+        [&] { press(Qt::Key_Down, below(2) ? shift : none); },
+        [&] { press(Qt::Key_PageDown, below(2) ? shift : none); },
+        [&] { press(Qt::Key_PageUp); },
+        [&] { press(below(2) ? Qt::Key_End : Qt::Key_Home, control); },
+        [&] { press(Qt::Key_Right, shift); },
+        [&] { turnWheel(below(400) - 200); },
+        [&] { click({below(600) + 0.5, below(400) + 0.5}); },
+        [&] { press(Qt::Key_Z, control); },
+        [&] {
+            view.resize(500 + below(100), 350 + below(50));
+            settle();
+        },
+    };
+    for (int step = 0; step < 300; ++step) {
+        steps[size_t(below(static_cast<int>(steps.size())))]();
+        ASSERT_EQ(onScreen(), paintedAnew()) << "step " << step;
+    }
+}
+
+TEST_F(EditorViewTest, TheContextMenuOffersWhatIsPossible)
+{
+    install(u"слово");
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, {10, 10}, view.mapToGlobal(QPoint(10, 10)));
+    QCoreApplication::sendEvent(&view, &event);
+    auto* menu = view.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    QStringList enabled;
+    for (const QAction* action : menu->actions()) {
+        if (action->isEnabled() && !action->isSeparator())
+            enabled += action->text();
+    }
+    EXPECT_EQ(enabled, QStringList{QStringLiteral("Выбрать все")});
+    menu->actions().last()->trigger();
+    EXPECT_EQ(selected(), (Range{0, 5}));
+    menu->close();
+}
+
+} // namespace quillmark
