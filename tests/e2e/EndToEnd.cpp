@@ -7,6 +7,7 @@
 #include <iterator>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace quillmark::test {
 

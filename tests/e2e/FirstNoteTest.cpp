@@ -31,7 +31,7 @@ TEST(FirstNote, IsSavedNamedAndBroughtBack)
 
     // Leaving the note gives the file its name at once.
     screen().key("ctrl+n");
-    EXPECT_TRUE(eventually([&] { return desk.noteNames() == Names({"Shopping.txt", "Untitled.txt"}); }));
+    EXPECT_TRUE(eventually([&] { return desk.noteNames() == Names({"Shopping.txt", "Untitled 2.txt"}); }));
     screen().type("Second");
     EXPECT_EQ(desk.quit(), 0);
     EXPECT_EQ(desk.noteNames(), Names({"Second.txt", "Shopping.txt"}));

@@ -53,10 +53,12 @@ TEST(Kill, LosesNothingTypedASecondBefore)
         desk.kill();
 
         const std::string kept = desk.everythingKept();
-        for (const Typed& each : typed)
-            if (killedAt - each.at > grace)
+        for (const Typed& each : typed) {
+            if (killedAt - each.at > grace) {
                 ASSERT_NE(kept.find(each.word), std::string::npos)
                     << each.word << " in round " << round << " of seed " << seed();
+            }
+        }
     }
     desk.start();
     EXPECT_TRUE(eventually([&] { return desk.temporaries().empty(); })) << desk.temporaries().front();

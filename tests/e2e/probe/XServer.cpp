@@ -72,12 +72,14 @@ XServer::XServer(WindowManager windowManager)
         .quiet = true,
         .keepDescriptor = fds[1]});
     close(fds[1]);
-    char number[16] = {};
-    const ssize_t got = read(fds[0], number, sizeof number - 1);
+    std::string number; // ends with a line feed, and may come in pieces
+    char digit = 0;
+    while (read(fds[0], &digit, 1) == 1 && digit != '\n')
+        number += digit;
     close(fds[0]);
-    if (got <= 0)
+    if (number.empty())
         throw std::runtime_error("Xvfb did not start");
-    m_display = ":" + std::to_string(std::atoi(number));
+    m_display = ":" + number;
 
     m_connection = xcb_connect(m_display.c_str(), nullptr);
     if (xcb_connection_has_error(m_connection))
