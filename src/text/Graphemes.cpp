@@ -15,7 +15,7 @@ namespace {
 
 /// How far a certain boundary is looked for, in units. A longer cluster is cut; an even number of flags fits
 /// in, so that a longer run of flags is still cut between flags.
-constexpr int64_t reach = 4096;
+constexpr int64_t reach = 1024;
 
 int32_t clusterBreakOf(char32_t c)
 {

@@ -33,7 +33,7 @@ int64_t backwardDeletion(const Rope& text, int64_t offset);
 // an apostrophe between letters and a full stop or comma between digits; dictionaries cut scripts without
 // spaces. Runs of other signs are stops like words, but one sign alone is passed over with the word that it
 // touches
-// ("object.method" has two stops). A line feed is a stop of its own. Longer runs than 16 K units are cut.
+// ("object.method" has two stops). A line feed is a stop of its own. Longer runs than 4 K units are cut.
 int64_t nextWordEnd(const Rope& text, int64_t offset); ///< Ctrl+Right: behind the next word
 int64_t previousWordStart(const Rope& text, int64_t offset); ///< Ctrl+Left: before the previous word
 /// The word, the run of blanks or of other signs that holds the character at `offset`; at the end of a line

@@ -14,7 +14,7 @@
 namespace quillmark {
 namespace {
 
-constexpr int64_t longestRun = 16 * 1024; ///< units looked at in each direction; longer runs are cut
+constexpr int64_t longestRun = 4096; ///< units looked at in each direction; longer runs are cut
 constexpr int64_t dictionaryReach = 256; ///< units around the place that a dictionary is shown
 
 enum class Kind { lineFeed, blank, word, mark };
@@ -90,24 +90,42 @@ Kind kindBefore(UnitReader& text, int64_t offset)
     return kindAt(text, previousGrapheme(text, offset));
 }
 
+/// A code point that belongs to the character before it.
+bool isAttached(char32_t c)
+{
+    if (c < 0x300)
+        return false;
+    const int32_t clusterBreak = u_getIntPropertyValue(static_cast<UChar32>(c), UCHAR_GRAPHEME_CLUSTER_BREAK);
+    return clusterBreak == U_GCB_EXTEND || clusterBreak == U_GCB_ZWJ || clusterBreak == U_GCB_SPACING_MARK;
+}
+
+// Runs are walked by code points: those that make one character are of one kind, but for the attached ones.
+
 int64_t endOfRun(UnitReader& text, int64_t offset, Kind kind)
 {
+    if (offset >= text.length() || kindAt(text, offset) != kind)
+        return offset;
     const int64_t limit = std::min(text.length(), offset + longestRun);
-    while (offset < limit && kindAt(text, offset) == kind)
-        offset = nextGrapheme(text, offset);
+    do {
+        offset += unitLength(text.codePointAt(offset));
+    } while (offset < limit && (isAttached(text.codePointAt(offset)) || kindAt(text, offset) == kind));
     return offset;
 }
 
 int64_t startOfRun(UnitReader& text, int64_t offset, Kind kind)
 {
     const int64_t limit = std::max<int64_t>(0, offset - longestRun);
+    int64_t start = offset;
     while (offset > limit) {
-        const int64_t previous = previousGrapheme(text, offset);
-        if (kindAt(text, previous) != kind)
+        const char32_t c = text.codePointBefore(offset);
+        offset -= unitLength(c);
+        if (isAttached(c) && offset > limit)
+            continue;
+        if (kindAt(text, offset) != kind)
             break;
-        offset = previous;
+        start = offset;
     }
-    return offset;
+    return start;
 }
 
 bool needsDictionary(UnitReader& text, Range stretch)
