@@ -1,0 +1,141 @@
+#include "app/window/ContentView.h"
+
+#include "app/Paint.h"
+#include "app/editor/EditorView.h"
+#include "app/window/EditorArea.h"
+#include "app/window/MainMenu.h"
+#include "app/window/NoticeBanner.h"
+#include "app/window/OpenPanel.h"
+#include "app/window/ReadOnlyBanner.h"
+#include "app/window/SidebarView.h"
+#include "app/window/SplitView.h"
+#include "app/window/StatusBarView.h"
+#include "app/window/TabBarView.h"
+
+#include <QCoreApplication>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+namespace quillmark {
+
+namespace {
+
+constexpr QSize defaultSize(960, 640);
+
+QVBoxLayout* makeColumn(QWidget* parent)
+{
+    auto* column = new QVBoxLayout(parent);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    return column;
+}
+
+} // namespace
+
+ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboard)
+    : m_app(app)
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    m_sidebar = new SidebarView(app, this);
+    auto* split = new SplitView(m_sidebar, makeDetail(scheduler, clipboard), this);
+    QVBoxLayout* column = makeColumn(this);
+    column->setMenuBar(new MainMenu(app, *this, this));
+    column->addWidget(split, 1);
+    resize(defaultSize.boundedTo(screen()->availableSize()));
+    watch();
+}
+
+ContentView::~ContentView() = default;
+
+QWidget* ContentView::makeDetail(Scheduler& scheduler, Clipboard& clipboard)
+{
+    auto* detail = new QWidget(this);
+    m_tabBar = new TabBarView(m_app, detail);
+    m_editorArea = new EditorArea(m_app, scheduler, clipboard, detail);
+    QVBoxLayout* column = makeColumn(detail);
+    column->addWidget(m_tabBar);
+    m_banners = makeColumn(nullptr);
+    column->addLayout(m_banners);
+    column->addWidget(m_editorArea, 1);
+    column->addWidget(new StatusBarView(m_app, detail));
+    return detail;
+}
+
+void ContentView::watch()
+{
+    m_connections.push_back(m_app.activeTabID.onChange([this](const auto&) { watchActiveTab(); }));
+    m_connections.push_back(m_app.tabs.onChange([this](const auto&) { watchActiveTab(); }));
+    m_connections.push_back(m_app.isReadOnly.onChange([this](bool isReadOnly) { showReadOnly(isReadOnly); }));
+    m_connections.push_back(m_app.notice.onChange([this](const auto& text) { showNotice(text); }));
+    watchActiveTab();
+    showReadOnly(m_app.isReadOnly.get());
+    showNotice(m_app.notice.get());
+}
+
+void ContentView::watchActiveTab()
+{
+    m_titleConnection = {};
+    if (const auto tab = m_app.activeTab())
+        m_titleConnection = tab->title.onChange([this](const auto&) { showTitle(); });
+    showTitle();
+}
+
+void ContentView::showTitle()
+{
+    const auto tab = m_app.activeTab();
+    QString title = tab ? singleLine(tab->title.get()) : QStringLiteral("Ledgerly");
+    title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's sign for a changed document
+    setWindowTitle(title);
+}
+
+void ContentView::showReadOnly(bool isReadOnly)
+{
+    if (isReadOnly && !m_readOnlyBanner) {
+        m_readOnlyBanner = new ReadOnlyBanner(this);
+        m_banners->insertWidget(0, m_readOnlyBanner);
+    }
+    if (m_readOnlyBanner)
+        m_readOnlyBanner->setVisible(isReadOnly);
+}
+
+void ContentView::showNotice(const std::optional<std::string>& text)
+{
+    if (text && !m_noticeBanner) {
+        m_noticeBanner = new NoticeBanner([this] { m_app.dismissNotice(); }, this);
+        m_banners->addWidget(m_noticeBanner);
+    }
+    if (text)
+        m_noticeBanner->setText(singleLine(*text));
+    if (m_noticeBanner)
+        m_noticeBanner->setVisible(text.has_value());
+}
+
+PlainTextView* ContentView::focusedTextView()
+{
+    return focusWidget() == &m_editorArea->editor() ? m_app.textView() : nullptr;
+}
+
+std::vector<Path> ContentView::chooseFilesToOpen()
+{
+    return runOpenPanel(*this, m_app.activeTab());
+}
+
+void ContentView::toggleSidebar()
+{
+    m_sidebar->setVisible(m_sidebar->isHidden());
+}
+
+void ContentView::quit()
+{
+    QCoreApplication::quit();
+}
+
+void ContentView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), color(ThemeColor::background));
+    m_wasPainted = true;
+}
+
+} // namespace quillmark

@@ -1,0 +1,81 @@
+#include "app/window/MainMenu.h"
+
+#include <optional>
+
+namespace quillmark {
+
+namespace {
+
+QList<QKeySequence> keySequences(const Command& command)
+{
+    QList<QKeySequence> sequences;
+    for (const std::string_view key : command.linuxKeys)
+        sequences.append(QKeySequence::fromString(QString::fromUtf8(key), QKeySequence::PortableText));
+    return sequences;
+}
+
+} // namespace
+
+QString toolTipOf(std::string_view commandID)
+{
+    const Command& shown = command(commandID);
+    return QStringLiteral("%1 (%2)").arg(
+        QString::fromUtf8(shown.menuTitle), QString::fromUtf8(shown.keySigns));
+}
+
+MainMenu::MainMenu(AppState& app, Shell& shell, QWidget* window)
+    : QMenuBar(window)
+    , m_app(app)
+    , m_shell(shell)
+    , m_window(window)
+{
+    addMenu(Menu::file, QStringLiteral("&Файл"));
+    addMenu(Menu::edit, QStringLiteral("&Правка"));
+    addMenu(Menu::view, QStringLiteral("&Вид"));
+}
+
+void MainMenu::addMenu(Menu menu, const QString& title)
+{
+    QMenu* shown = QMenuBar::addMenu(title);
+    std::optional<int> group;
+    for (const Command& command : commands()) {
+        if (command.menu != menu)
+            continue;
+        if (group && *group != command.group)
+            shown->addSeparator();
+        group = command.group;
+        shown->addAction(makeAction(command));
+    }
+    // Whether a command can run is only shown, never stored: a key must not depend on when a menu was last
+    // open.
+    connect(shown, &QMenu::aboutToShow, this, [this, menu] { showEnabled(menu); });
+    connect(shown, &QMenu::aboutToHide, this, [this, menu] { enableAll(menu); });
+}
+
+QAction* MainMenu::makeAction(const Command& command)
+{
+    auto* action = new QAction(QString::fromUtf8(command.menuTitle), this);
+    action->setShortcuts(keySequences(command));
+    action->setMenuRole(QAction::NoRole);
+    action->setObjectName(QString::fromUtf8(command.id));
+    connect(action, &QAction::triggered, this, [this, run = command.run] { run(m_app, m_shell); });
+    m_window->addAction(action);
+    m_rows.push_back({&command, action});
+    return action;
+}
+
+void MainMenu::showEnabled(Menu menu)
+{
+    for (const Row& row : m_rows)
+        if (row.command->menu == menu && row.command->isEnabled)
+            row.action->setEnabled(row.command->isEnabled(m_app, m_shell));
+}
+
+void MainMenu::enableAll(Menu menu)
+{
+    for (const Row& row : m_rows)
+        if (row.command->menu == menu)
+            row.action->setEnabled(true);
+}
+
+} // namespace quillmark

@@ -1,0 +1,31 @@
+// Paints the rows of the sidebar: section titles, open files and notes.
+#pragma once
+
+#include "app/window/NoteRow.h"
+#include "app/window/SidebarModel.h"
+
+#include <QAbstractItemDelegate>
+
+namespace quillmark {
+
+class SidebarDelegate : public QAbstractItemDelegate {
+    Q_OBJECT
+
+public:
+    explicit SidebarDelegate(QObject* parent);
+
+    /// The state says whether the mouse is over the row and whether the list has the focus.
+    void paint(
+        QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+private:
+    void paintHeader(QPainter& painter, const QRectF& rect, const QModelIndex& index) const;
+    void paintFile(QPainter& painter, const QRectF& rect, const QModelIndex& index, bool isActive) const;
+
+    NoteRow m_noteRow;
+    QFont m_fileFont;
+    QFont m_headerFont;
+};
+
+} // namespace quillmark

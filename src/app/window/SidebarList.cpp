@@ -1,0 +1,249 @@
+#include "app/window/SidebarList.h"
+
+#include "app/Paint.h"
+#include "app/window/SidebarDelegate.h"
+
+#include <QContextMenuEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace quillmark {
+
+SidebarList::SidebarList(SidebarModel& model, QWidget* parent)
+    : QListView(parent)
+    , m_model(model)
+{
+    setFrameShape(QFrame::NoFrame);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSelectionMode(SingleSelection);
+    setEditTriggers(NoEditTriggers);
+    setAutoScroll(false);
+    viewport()->setMouseTracking(true);
+    viewport()->setAutoFillBackground(false);
+    setAccessibleName(QStringLiteral("Заметки"));
+    setItemDelegate(new SidebarDelegate(this));
+    setModel(&model);
+    followActive();
+}
+
+void SidebarList::followActive()
+{
+    m_isFollowing = true;
+    const QModelIndex active = m_model.activeIndex();
+    if (active.isValid() && active != currentIndex())
+        setCurrentIndex(active);
+    else if (!active.isValid())
+        selectionModel()->clear();
+    m_isFollowing = false;
+    if (active.isValid())
+        scrollTo(active);
+    viewport()->update();
+}
+
+QRect SidebarList::visualRect(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return {};
+    const int64_t top = layout().top(index.row()) - verticalOffset();
+    return {0, int(top), viewport()->width(), layout().height(index.row())};
+}
+
+QModelIndex SidebarList::indexAt(const QPoint& point) const
+{
+    const int row = layout().rowAt(int64_t(point.y()) + verticalOffset());
+    return row < 0 ? QModelIndex() : m_model.index(row);
+}
+
+void SidebarList::scrollTo(const QModelIndex& index, ScrollHint hint)
+{
+    if (!index.isValid())
+        return;
+    const int64_t height = viewport()->height();
+    const int64_t top = layout().top(index.row());
+    const int64_t bottom = top + layout().height(index.row());
+    const int64_t offset = verticalOffset();
+    // The title of a section comes into view with its first row.
+    const int64_t upper = index.row() > 0 && !(m_model.index(index.row() - 1).flags() & Qt::ItemIsEnabled)
+        ? layout().top(index.row() - 1)
+        : top;
+    if (hint == PositionAtCenter)
+        verticalScrollBar()->setValue(int((top + bottom - height) / 2));
+    else if (upper < offset || hint == PositionAtTop)
+        verticalScrollBar()->setValue(int(upper));
+    else if (bottom > offset + height || hint == PositionAtBottom)
+        verticalScrollBar()->setValue(int(bottom - height));
+}
+
+void SidebarList::doItemsLayout()
+{
+    QAbstractItemView::doItemsLayout(); // QListView would measure every row
+}
+
+void SidebarList::reset()
+{
+    QListView::reset();
+    updateGeometries();
+    followActive();
+}
+
+QModelIndex SidebarList::selectableFrom(int row, int step) const
+{
+    for (; row >= 0 && row < layout().rowCount(); row += step) {
+        const QModelIndex index = m_model.index(row);
+        if (index.flags() & Qt::ItemIsSelectable)
+            return index;
+    }
+    return currentIndex();
+}
+
+QModelIndex SidebarList::moveCursor(CursorAction action, Qt::KeyboardModifiers)
+{
+    const int current = currentIndex().isValid() ? currentIndex().row() : -1;
+    const int last = layout().rowCount() - 1;
+    const int64_t middle = layout().top(std::max(current, 0));
+    switch (action) {
+    case MoveUp:
+    case MovePrevious:
+        return selectableFrom(current - 1, -1);
+    case MoveDown:
+    case MoveNext:
+        return selectableFrom(current + 1, 1);
+    case MoveHome:
+        return selectableFrom(0, 1);
+    case MoveEnd:
+        return selectableFrom(last, -1);
+    case MovePageUp:
+        return selectableFrom(std::max(layout().rowAt(middle - viewport()->height()), 0), 1);
+    case MovePageDown: {
+        const int row = layout().rowAt(middle + viewport()->height());
+        return selectableFrom(row < 0 ? last : row, -1);
+    }
+    case MoveLeft:
+    case MoveRight:
+        break;
+    }
+    return currentIndex();
+}
+
+int SidebarList::horizontalOffset() const
+{
+    return 0;
+}
+
+int SidebarList::verticalOffset() const
+{
+    return verticalScrollBar()->value();
+}
+
+void SidebarList::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command)
+{
+    selectionModel()->select(indexAt(rect.topLeft()), command);
+}
+
+QRegion SidebarList::visualRegionForSelection(const QItemSelection& selection) const
+{
+    QRegion region;
+    for (const QModelIndex& index : selection.indexes())
+        region += visualRect(index);
+    return region;
+}
+
+void SidebarList::updateGeometries()
+{
+    const int64_t hidden = layout().totalHeight() - viewport()->height();
+    verticalScrollBar()->setRange(0, int(std::max<int64_t>(hidden, 0)));
+    verticalScrollBar()->setPageStep(viewport()->height());
+    verticalScrollBar()->setSingleStep(20);
+}
+
+void SidebarList::currentChanged(const QModelIndex& current, const QModelIndex& previous)
+{
+    QListView::currentChanged(current, previous);
+    if (!m_isFollowing && current.isValid() && onChoose)
+        onChoose(current);
+}
+
+void SidebarList::dataChanged(const QModelIndex& topLeft, const QModelIndex&, const QList<int>&)
+{
+    viewport()->update(visualRect(topLeft));
+}
+
+void SidebarList::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(viewport());
+    QStyleOptionViewItem option;
+    const int first = std::max(layout().rowAt(int64_t(event->rect().top()) + verticalOffset()), 0);
+    for (int row = first; row < layout().rowCount(); ++row) {
+        const QModelIndex index = m_model.index(row);
+        option.rect = visualRect(index);
+        if (option.rect.top() > event->rect().bottom())
+            break;
+        option.state.setFlag(QStyle::State_MouseOver, index == m_hovered);
+        option.state.setFlag(QStyle::State_HasFocus, hasFocus());
+        itemDelegate()->paint(&painter, option, index);
+    }
+}
+
+void SidebarList::resizeEvent(QResizeEvent*)
+{
+    updateGeometries();
+}
+
+void SidebarList::scrollContentsBy(int, int)
+{
+    setHovered(underMouse() ? indexAt(viewport()->mapFromGlobal(QCursor::pos())) : QModelIndex());
+    viewport()->update();
+}
+
+void SidebarList::mousePressEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (event->button() != Qt::LeftButton || !(index.flags() & Qt::ItemIsSelectable))
+        return;
+    if (index == currentIndex()) {
+        if (onChoose)
+            onChoose(index);
+    } else {
+        setCurrentIndex(index);
+    }
+}
+
+void SidebarList::mouseMoveEvent(QMouseEvent* event)
+{
+    setHovered(indexAt(event->position().toPoint()));
+}
+
+void SidebarList::mouseReleaseEvent(QMouseEvent*) {}
+
+void SidebarList::mouseDoubleClickEvent(QMouseEvent*) {}
+
+void SidebarList::contextMenuEvent(QContextMenuEvent* event)
+{
+    const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+    const QModelIndex index = isByKey ? currentIndex() : indexAt(event->pos());
+    if (!(index.flags() & Qt::ItemIsSelectable) || !onContextMenu)
+        return;
+    const QPoint place = isByKey ? viewport()->mapToGlobal(visualRect(index).center()) : event->globalPos();
+    onContextMenu(index, place);
+}
+
+bool SidebarList::viewportEvent(QEvent* event)
+{
+    if (event->type() == QEvent::Leave)
+        setHovered({});
+    return QListView::viewportEvent(event);
+}
+
+void SidebarList::setHovered(const QModelIndex& index)
+{
+    if (m_hovered == index)
+        return;
+    viewport()->update(visualRect(m_hovered));
+    m_hovered = index;
+    viewport()->update(visualRect(m_hovered));
+}
+
+} // namespace quillmark

@@ -1,0 +1,88 @@
+#include "app/window/SidebarView.h"
+#include "app/window/MainMenu.h"
+
+#include "app/Paint.h"
+#include "app/window/SidebarList.h"
+#include "app/window/SymbolButton.h"
+
+#include <QMenu>
+#include <QPainter>
+#include <QVBoxLayout>
+
+namespace quillmark {
+
+namespace {
+
+constexpr double newNoteSymbolBox = 16;
+
+} // namespace
+
+SidebarView::SidebarView(AppState& app, QWidget* parent)
+    : QWidget(parent)
+    , m_app(app)
+    , m_model(new SidebarModel(app, this))
+    , m_list(new SidebarList(*m_model, this))
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    auto* newNote = new SymbolButton("square.and.pencil", newNoteSymbolBox, toolTipOf("file.newNote"), this);
+    newNote->setLabel(QStringLiteral("Новая заметка"));
+    connect(newNote, &SymbolButton::clicked, this, [this] { m_app.newNote(); });
+    m_list->onChoose = [this](const QModelIndex& index) { choose(index); };
+    m_list->onContextMenu = [this](const QModelIndex& index, const QPoint& place) {
+        if (QMenu* menu = makeContextMenu(index))
+            menu->popup(place);
+    };
+    m_activeTabConnection = app.activeTabID.onChange([this](const auto&) { m_list->followActive(); });
+
+    auto* button = new QHBoxLayout;
+    button->setContentsMargins(8, 5, 8, 1);
+    button->addWidget(newNote, 1);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addLayout(button);
+    layout->addWidget(m_list, 1);
+}
+
+void SidebarView::choose(const QModelIndex& index)
+{
+    if (const Note* note = m_model->note(index))
+        m_app.openNote(Uuid(note->id));
+    else if (const auto tab = m_model->fileTab(index))
+        m_app.selectTab(tab->id);
+}
+
+QMenu* SidebarView::makeContextMenu(const QModelIndex& index)
+{
+    const auto tab = m_model->fileTab(index);
+    const Note* note = m_model->note(index);
+    if (!tab && !note)
+        return nullptr;
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (tab) {
+        menu->addAction(QStringLiteral("Закрыть"), this, [this, id = tab->id] { m_app.closeTab(id); });
+        return menu;
+    }
+    // The list may change while the menu is open: the note is looked up again when an item is chosen.
+    const auto addNoteAction = [&](const QString& title, auto run) {
+        menu->addAction(title, this, [this, id = note->id, run] {
+            if (const Note* current = m_app.store.find(id))
+                run(m_app, Note(*current));
+        });
+    };
+    addNoteAction(QStringLiteral("Дублировать"),
+        [](AppState& app, const Note& chosen) { app.store.duplicateNote(chosen); });
+    menu->addSeparator();
+    addNoteAction(
+        QStringLiteral("Удалить"), [](AppState& app, const Note& chosen) { app.deleteNote(chosen); });
+    return menu;
+}
+
+void SidebarView::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), color(ThemeColor::panelBackground));
+}
+
+} // namespace quillmark

@@ -1,0 +1,48 @@
+#include "app/window/TextLabel.h"
+
+#include "app/Paint.h"
+
+#include <QPainter>
+
+#include <cmath>
+
+namespace quillmark {
+
+TextLabel::TextLabel(const QFont& font, ThemeColor textColor, QWidget* parent)
+    : QWidget(parent)
+    , m_textColor(textColor)
+{
+    setFont(font);
+}
+
+void TextLabel::setText(const QString& text)
+{
+    if (m_text == text)
+        return;
+    m_text = text;
+    setAccessibleName(text);
+    updateGeometry();
+    update();
+}
+
+QSize TextLabel::sizeHint() const
+{
+    const QFontMetricsF metrics(font());
+    return {int(std::ceil(metrics.horizontalAdvance(m_text))), int(std::ceil(metrics.height()))};
+}
+
+QSize TextLabel::minimumSizeHint() const
+{
+    return {0, sizeHint().height()};
+}
+
+void TextLabel::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setPen(color(m_textColor));
+    const bool isCut = width() < sizeHint().width();
+    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+        isCut ? QFontMetricsF(font()).elidedText(m_text, Qt::ElideRight, width()) : m_text);
+}
+
+} // namespace quillmark
