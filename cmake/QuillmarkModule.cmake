@@ -1,5 +1,5 @@
 # quillmark_module(NAME USES LIBRARIES…): one folder, one static library, its dependencies in one line.
-# A module under src/ takes every .cpp below its folder; headers are included as "folder/Header.h".
+# A module under src/ takes every .cpp below its folder but main.cpp; headers are included as "folder/Header.h".
 
 set(QUILLMARK_STRICT_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
 set(QUILLMARK_QT_WARNINGS -Wall -Wextra -Werror)
@@ -7,6 +7,7 @@ set(QUILLMARK_QT_WARNINGS -Wall -Wextra -Werror)
 function(quillmark_module name)
   cmake_parse_arguments(arg "QT" "" "USES" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
   add_library(${name} STATIC ${sources})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR}/src)
