@@ -1,0 +1,76 @@
+// The real window on the real model, with a folder of its own, a hand-cranked clock and a clipboard of the
+// test's.
+#pragma once
+
+#include "app/window/ContentView.h"
+#include "io/DocumentWriter.h"
+#include "io/PosixFileSystem.h"
+#include "io/RecoveryStore.h"
+#include "support/FakeClipboard.h"
+#include "support/ManualScheduler.h"
+#include "support/MemoryDefaults.h"
+#include "support/RecordingAppearance.h"
+#include "support/RecordingLog.h"
+#include "support/RecordingTrash.h"
+#include "support/TestEnvironment.h"
+
+#include <QString>
+#include <QTest>
+
+#include <string>
+#include <string_view>
+
+namespace quillmark::test {
+
+class TestWindow {
+public:
+    TestWindow();
+    ~TestWindow();
+
+    // Before show().
+    void addNote(const std::string& name, std::string_view text); ///< the newest is the last one added
+    Path addFile(const std::string& name, std::string_view text); ///< outside the notes folder
+
+    void show(); ///< makes the model and the window
+    void settle(); ///< runs everything that needs no time to pass
+    void wait(Duration duration);
+
+    AppState& app() { return *m_app; }
+    ContentView& view() { return *m_view; }
+    ManualScheduler& scheduler() { return m_scheduler; }
+    const RecordingTrash& trash() const { return m_trash; }
+    Path notesFolder() const { return m_folder / "Notes"; }
+    static std::string contents(const Path& file);
+
+    void type(const char* keys); ///< ASCII, into whatever has the focus
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    template <class Widget> Widget* find(const QString& accessibleName = {}) ///< the first visible one
+    {
+        for (Widget* widget : m_view->findChildren<Widget*>())
+            if (widget->isVisible()
+                && (accessibleName.isEmpty() || widget->accessibleName() == accessibleName))
+                return widget;
+        return nullptr;
+    }
+    bool shows(const QString& text); ///< some label that is visible says so
+    std::vector<std::string> tabTitles() const;
+
+private:
+    static void write(const Path& file, std::string_view text);
+
+    TemporaryFolder m_folder;
+    ManualScheduler m_scheduler;
+    PosixFileSystem m_files;
+    RecordingLog m_log;
+    MemoryDefaults m_defaults;
+    RecordingTrash m_trash{[](const Path& file) { std::filesystem::remove(file); }};
+    RecordingAppearance m_appearance;
+    FakeClipboard m_clipboard;
+    RecoveryStore m_recovery;
+    DocumentWriter m_writer;
+    std::unique_ptr<AppState> m_app;
+    std::unique_ptr<ContentView> m_view;
+    int m_noteCount = 0;
+};
+
+} // namespace quillmark::test

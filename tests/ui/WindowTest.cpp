@@ -1,0 +1,220 @@
+#include "TestWindow.h"
+
+#include "app/Paint.h"
+#include "app/window/EditorArea.h"
+#include "app/window/LoadingOverlay.h"
+#include "app/window/NoticeBanner.h"
+#include "app/window/ReadOnlyBanner.h"
+#include "app/window/SaveStateLabel.h"
+#include "app/window/SidebarView.h"
+#include "app/window/StatusBarView.h"
+#include "app/window/SymbolButton.h"
+#include "app/window/TabBarView.h"
+#include "desktop/QtAppearance.h"
+
+#include <QAction>
+#include <QMenu>
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace quillmark::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+QColor pixel(QWidget& widget, QPoint place)
+{
+    return widget.grab().toImage().pixelColor(place);
+}
+
+TEST(ContentView, WhatIsTypedIsSavedAndNamesTheTabTheRowAndTheWindow)
+{
+    TestWindow window;
+    window.show();
+    EXPECT_EQ(window.view().windowTitle(), QStringLiteral("Untitled"));
+    EXPECT_TRUE(window.shows(QStringLiteral("Ln 1, Col 1")));
+
+    window.type("Milk");
+    EXPECT_TRUE(window.shows(QStringLiteral("Ln 1, Col 5")));
+    EXPECT_EQ(
+        window.find<SaveStateLabel>()->accessibleName(), QStringLiteral("Есть несохранённые изменения"));
+    window.wait(799ms);
+    EXPECT_EQ(TestWindow::contents(window.notesFolder() / "Untitled.txt"), "");
+    window.wait(1ms);
+    EXPECT_EQ(TestWindow::contents(window.notesFolder() / "Untitled.txt"), "Milk");
+    EXPECT_EQ(window.find<SaveStateLabel>()->accessibleName(), QStringLiteral("Сохранено"));
+
+    EXPECT_EQ(window.view().windowTitle(), QStringLiteral("Milk"));
+    const SidebarModel& rows = window.view().sidebar().model();
+    EXPECT_EQ(rows.index(1).data().toString(), QStringLiteral("Milk"));
+    EXPECT_EQ(window.tabTitles(), std::vector<std::string>{"Milk"});
+}
+
+TEST(ContentView, TitleIsNotRewrittenByTheToolkit)
+{
+    TestWindow window;
+    window.addNote("list", "[*] buy & sell");
+    window.show();
+    // The toolkit reads "[*]" as the place of a sign for changes unless it is doubled.
+    EXPECT_EQ(window.view().windowTitle(), QStringLiteral("[*][*] buy & sell"));
+}
+
+TEST(ContentView, ReadOnlyBannerStandsAboveTheNotice)
+{
+    TestWindow window;
+    window.show();
+    EXPECT_FALSE(window.find<ReadOnlyBanner>());
+    EXPECT_FALSE(window.find<NoticeBanner>());
+
+    window.app().showNotice("Сначала слово");
+    window.app().isReadOnly.set(true);
+    window.settle();
+    ASSERT_TRUE(window.shows(QStringLiteral("Файл больше 20 МБ — открыт только для чтения")));
+    ASSERT_TRUE(window.shows(QStringLiteral("Сначала слово")));
+    const auto top = [&](QWidget* widget) { return widget->mapTo(&window.view(), QPoint()).y(); };
+    EXPECT_LT(top(&window.view().tabBar()), top(window.find<ReadOnlyBanner>()));
+    EXPECT_LT(top(window.find<ReadOnlyBanner>()), top(window.find<NoticeBanner>()));
+    EXPECT_LT(top(window.find<NoticeBanner>()), top(&window.view().editorArea()));
+
+    window.app().isReadOnly.set(false);
+    window.wait(7s);
+    EXPECT_FALSE(window.find<ReadOnlyBanner>());
+    EXPECT_TRUE(window.find<NoticeBanner>());
+    QTest::mouseClick(window.find<SymbolButton>(QStringLiteral("Закрыть")), Qt::LeftButton);
+    window.settle();
+    EXPECT_FALSE(window.find<NoticeBanner>());
+
+    window.app().showNotice("Ещё одно");
+    window.settle();
+    EXPECT_TRUE(window.shows(QStringLiteral("Ещё одно")));
+    window.wait(8s);
+    EXPECT_FALSE(window.find<NoticeBanner>());
+}
+
+TEST(ContentView, OverlayHidesTheEditorWhileAFileLoads)
+{
+    TestWindow window;
+    const Path file = window.addFile("large.txt", std::string(600'000, 'x'));
+    window.show();
+    window.app().openFile(file);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(window.app().isLoading.get());
+    auto* overlay = window.find<LoadingOverlay>();
+    ASSERT_TRUE(overlay);
+    EXPECT_EQ(overlay->size(), window.view().editorArea().size());
+    EXPECT_TRUE(window.shows(QStringLiteral("Загрузка…")));
+    window.settle();
+    EXPECT_FALSE(window.find<LoadingOverlay>());
+    EXPECT_FALSE(window.shows(QStringLiteral("Загрузка…")));
+}
+
+TEST(LoadingOverlay, BlinksAndCountsDotsByTheClock)
+{
+    const WallTime epoch = std::chrono::sys_days(std::chrono::year(2001) / 1 / 1);
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch), (LoadingPhase{1.0, 0}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 349ms), (LoadingPhase{1.0, 0}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 350ms), (LoadingPhase{1.0, 1}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 2 * 350ms), (LoadingPhase{0.15, 2}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 3 * 350ms), (LoadingPhase{1.0, 3}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 11 * 350ms), (LoadingPhase{0.15, 3}));
+    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 12 * 350ms), (LoadingPhase{1.0, 0}));
+}
+
+TEST(ContentView, FollowsTheAppearanceAtOnce)
+{
+    TestWindow window;
+    window.show();
+    QtAppearance appearance(window.scheduler());
+    const auto grounds = [&] {
+        const QPoint corner(3, 3);
+        std::vector<std::string> names;
+        for (QWidget* widget : std::initializer_list<QWidget*>{&window.view().tabBar(),
+                 window.find<StatusBarView>(), &window.view().editorArea(), &window.view().sidebar()})
+            names.push_back(pixel(*widget, corner).name().toStdString());
+        return names;
+    };
+    using Names = std::vector<std::string>;
+    appearance.apply(AppearanceMode::light);
+    window.settle();
+    EXPECT_EQ(grounds(), (Names{"#efeae1", "#efeae1", "#fffdf9", "#efeae1"}));
+    appearance.apply(AppearanceMode::dark);
+    window.settle();
+    EXPECT_EQ(grounds(), (Names{"#232118", "#232118", "#1b1a16", "#1f1d16"}));
+}
+
+TEST(ContentView, KeysReachTheCommands)
+{
+    TestWindow window;
+    window.addNote("one", "one");
+    window.show();
+    window.key(Qt::Key_N, Qt::ControlModifier);
+    window.key(Qt::Key_T, Qt::ControlModifier);
+    ASSERT_EQ(window.app().tabs->size(), 3u);
+    const auto activeIndex = [&] {
+        const auto& tabs = window.app().tabs.get();
+        return std::ranges::find(tabs, window.app().activeTab()) - tabs.begin();
+    };
+    EXPECT_EQ(activeIndex(), 2);
+    window.key(Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(activeIndex(), 0);
+    window.key(Qt::Key_PageUp, Qt::ControlModifier);
+    EXPECT_EQ(activeIndex(), 2);
+    window.key(Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(activeIndex(), 1);
+    window.key(Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(window.app().tabs->size(), 2u);
+
+    window.key(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_FALSE(window.view().sidebar().isVisible());
+    window.key(Qt::Key_0, Qt::ControlModifier);
+    EXPECT_TRUE(window.view().sidebar().isVisible());
+}
+
+TEST(ContentView, EditingCommandsActOnTheFocusedText)
+{
+    TestWindow window;
+    window.addNote("one", "text");
+    window.show();
+    window.key(Qt::Key_A, Qt::ControlModifier);
+    window.key(Qt::Key_X, Qt::ControlModifier);
+    EXPECT_EQ(window.app().editorText().length(), 0);
+    window.key(Qt::Key_Insert, Qt::ShiftModifier);
+    window.key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(window.app().editorText().length(), 8);
+    window.key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(window.app().editorText().length(), 4);
+
+    // A menu that was open while there was nothing to redo must not take the key away afterwards.
+    QAction* redo = window.view().findChild<QAction*>(QStringLiteral("edit.redo"));
+    ASSERT_TRUE(redo);
+    window.key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(window.app().editorText().length(), 8);
+    for (QMenu* menu : window.view().findChildren<QMenu*>()) {
+        menu->popup(QPoint());
+        menu->hide();
+    }
+    window.key(Qt::Key_Z, Qt::ControlModifier);
+    window.key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(window.app().editorText().length(), 8);
+}
+
+TEST(MainMenu, EveryKeyBelongsToOneCommand)
+{
+    TestWindow window;
+    window.show();
+    std::set<QString> keys;
+    for (const Command& command : commands()) {
+        const auto* action = window.view().findChild<QAction*>(QString::fromUtf8(command.id));
+        ASSERT_TRUE(action) << command.id;
+        EXPECT_EQ(action->shortcuts().size(), qsizetype(command.linuxKeys.size()));
+        for (const QKeySequence& sequence : action->shortcuts()) {
+            EXPECT_EQ(sequence.count(), 1) << command.id;
+            EXPECT_TRUE(keys.insert(sequence.toString()).second) << sequence.toString().toStdString();
+        }
+    }
+}
+
+} // namespace
+} // namespace quillmark::test
