@@ -1,5 +1,7 @@
 #include "editor/LineWalk.h"
 
+#include "text/Units.h"
+
 #include <cstring>
 
 namespace quillmark {
@@ -13,15 +15,10 @@ const uint8_t* findLineFeed(const uint8_t* from, const uint8_t* end)
 
 const char16_t* findLineFeed(const char16_t* from, const char16_t* end)
 {
-    constexpr ptrdiff_t block = 32; // tested as a whole, which the compiler does with vectors
-    while (end - from >= block) {
-        bool hasLineFeed = false;
-        for (ptrdiff_t i = 0; i < block; ++i)
-            hasLineFeed |= from[i] == u'\n';
-        if (hasLineFeed)
-            break;
+    constexpr size_t vectors = 4; // tested at once
+    constexpr ptrdiff_t block = vectors * sizeof(units::Words8) / sizeof(char16_t);
+    while (end - from >= block && units::countLineFeedsInVectors(from, vectors) == 0)
         from += block;
-    }
     while (from != end && *from != u'\n')
         ++from;
     return from;
@@ -32,20 +29,16 @@ const char16_t* findLineFeed(const char16_t* from, const char16_t* end)
 void forEachLine(const Rope& text, Range range, const std::function<void(Range)>& visit)
 {
     int64_t lineStart = range.location;
-    int64_t chunkStart = range.location;
-    text.forEachChunk(range, [&](const Rope::Chunk& chunk) {
-        std::visit(
-            [&](auto units) {
-                const auto* const first = units.data();
-                const auto* const end = first + units.size();
-                for (const auto* at = findLineFeed(first, end); at != end; at = findLineFeed(at + 1, end)) {
-                    const int64_t lineEnd = chunkStart + (at - first);
-                    visit({lineStart, lineEnd - lineStart});
-                    lineStart = lineEnd + 1;
-                }
-                chunkStart += static_cast<int64_t>(units.size());
-            },
-            chunk);
+    int64_t spanStart = range.location;
+    text.forEachSpan(range, [&](auto span) {
+        const auto* const first = span.data();
+        const auto* const end = first + span.size();
+        for (const auto* at = findLineFeed(first, end); at != end; at = findLineFeed(at + 1, end)) {
+            const int64_t lineEnd = spanStart + (at - first);
+            visit({lineStart, lineEnd - lineStart});
+            lineStart = lineEnd + 1;
+        }
+        spanStart += static_cast<int64_t>(span.size());
         return true;
     });
     visit({lineStart, range.end() - lineStart});

@@ -1,14 +1,13 @@
 // Random commands against a stupid model of a text and its selection; then all of it is taken back and made
 // again.
 #include "support/MarkedText.h"
+#include "support/Random.h"
 #include "support/TestEditor.h"
-#include "support/TestEnvironment.h"
 #include "text/Unicode.h"
 
 #include <gtest/gtest.h>
 
 #include <iterator>
-#include <random>
 #include <vector>
 
 namespace quillmark::test {
@@ -16,11 +15,6 @@ namespace {
 
 class RandomEditing {
 public:
-    explicit RandomEditing(uint64_t seed)
-        : m_random(seed)
-    {
-    }
-
     void install(std::u16string text)
     {
         editor.view.setText(Rope(text));
@@ -29,7 +23,7 @@ public:
 
     void step()
     {
-        const int64_t command = below(10);
+        const int64_t command = m_random.below(10);
         if (command < 3)
             type();
         else if (command < 5)
@@ -51,8 +45,6 @@ public:
         ASSERT_GE(selected.location, 0);
         ASSERT_LE(selected.end(), editor.view.text().length());
     }
-
-    int64_t below(int64_t limit) { return static_cast<int64_t>(m_random() % static_cast<uint64_t>(limit)); }
 
     TestEditor editor;
 
@@ -76,9 +68,9 @@ private:
         const std::u16string_view pieces[]
             = {u"a", u"b ", u"\n", u"\t", u"слово ", u"👩‍👩‍👧", u"\u0301", u"🇷🇺", u"क्षि", u"漢字",
                 u"a_word_longer_than_the_view_is_wide", u"\xD800", std::u16string_view(u"\0", 1)};
-        const std::u16string_view text = pieces[below(std::size(pieces))];
+        const std::u16string_view text = pieces[m_random.below(std::size(pieces))];
         const Range range = selected();
-        if (below(5) == 0) {
+        if (m_random.oneIn(5)) {
             editor.clipboard.setText(std::u16string(text), Clipboard::Buffer::clipboard);
             editor.view.paste();
         } else {
@@ -91,7 +83,7 @@ private:
     {
         const Rope text(m_text);
         const int64_t caret = editor.view.selection().caret;
-        const int64_t kind = below(4);
+        const int64_t kind = m_random.below(4);
         const int64_t ends[] = {backwardDeletion(text, caret), nextGrapheme(text, caret),
             previousWordStart(text, caret), nextWordEnd(text, caret)};
         const Range range = selected().isEmpty() ? Range::between(caret, ends[kind]) : selected();
@@ -105,13 +97,14 @@ private:
     void select()
     {
         const int64_t limit = static_cast<int64_t>(m_text.size()) + 1;
-        const int64_t anchor = below(limit);
-        editor.view.select({.anchor = anchor, .caret = below(2) == 0 ? anchor : below(limit)});
-        if (below(3) == 0) {
-            editor.view.mousePressed(static_cast<double>(below(300)) - 50,
-                static_cast<double>(below(400)) - 100, static_cast<Granularity>(below(3)),
-                below(2) == 0 ? Extend::yes : Extend::no);
-            editor.view.mouseDragged(static_cast<double>(below(300)), static_cast<double>(below(400)) - 100);
+        const int64_t anchor = m_random.below(limit);
+        editor.view.select({.anchor = anchor, .caret = m_random.oneIn(2) ? anchor : m_random.below(limit)});
+        if (m_random.oneIn(3)) {
+            editor.view.mousePressed(static_cast<double>(m_random.below(300)) - 50,
+                static_cast<double>(m_random.below(400)) - 100, static_cast<Granularity>(m_random.below(3)),
+                m_random.oneIn(2) ? Extend::yes : Extend::no);
+            editor.view.mouseDragged(
+                static_cast<double>(m_random.below(300)), static_cast<double>(m_random.below(400)) - 100);
             editor.view.mouseReleased();
         }
     }
@@ -119,19 +112,20 @@ private:
     void move()
     {
         const auto last = static_cast<int64_t>(Motion::documentEnd);
-        editor.view.move(static_cast<Motion>(below(last + 1)), below(2) == 0 ? Extend::yes : Extend::no);
+        editor.view.move(
+            static_cast<Motion>(m_random.below(last + 1)), m_random.oneIn(2) ? Extend::yes : Extend::no);
         EXPECT_TRUE(editor.view.caretPlace().isVisible);
     }
 
     /// Scrolling and resizing change nothing in the text.
     void look()
     {
-        if (below(4) == 0)
+        if (m_random.oneIn(4))
             editor.view.setVisibleSize(
-                static_cast<double>(1 + below(400)), static_cast<double>(1 + below(300)));
-        editor.view.scrollBy(static_cast<double>(below(2000)) - 1000);
-        if (below(4) == 0)
-            editor.view.scrollTo(editor.view.contentHeight() * static_cast<double>(below(11)) / 10);
+                static_cast<double>(1 + m_random.below(400)), static_cast<double>(1 + m_random.below(300)));
+        editor.view.scrollBy(static_cast<double>(m_random.below(2000)) - 1000);
+        if (m_random.oneIn(4))
+            editor.view.scrollTo(editor.view.contentHeight() * static_cast<double>(m_random.below(11)) / 10);
     }
 
     void travel()
@@ -139,7 +133,7 @@ private:
         if (!editor.view.canUndo())
             return;
         editor.view.undo();
-        if (below(2) == 0) {
+        if (m_random.oneIn(2)) {
             editor.view.redo();
             expectEqual();
             return;
@@ -147,15 +141,15 @@ private:
         m_text = editor.view.text().text();
     }
 
-    std::mt19937_64 m_random;
+    Random m_random;
     std::u16string m_text;
 };
 
 TEST(RandomEditing, AgreesWithAModelAndCanBeTakenBack)
 {
-    for (uint64_t run = 0; run < 20; ++run) {
+    for (int run = 0; run < 20; ++run) {
         SCOPED_TRACE("run " + std::to_string(run));
-        RandomEditing editing(seed() + run);
+        RandomEditing editing;
         const std::u16string initial
             = u"first line\n\nmany words that wrap to several rows 漢字漢字漢字漢字\n\tend";
         editing.install(initial);

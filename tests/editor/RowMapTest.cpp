@@ -2,11 +2,9 @@
 // scratch is.
 #include "editor/RowMap.h"
 #include "editor/SegmentCuts.h"
-#include "support/TestEnvironment.h"
+#include "support/Random.h"
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace quillmark::test {
 namespace {
@@ -160,30 +158,29 @@ TEST(RowMap, MovesABorderThatFallsIntoACharacter)
 
 TEST(RowMap, AddsUpAfterRandomEdits)
 {
-    std::mt19937_64 random(seed());
-    const auto below
-        = [&](int64_t limit) { return static_cast<int64_t>(random() % static_cast<uint64_t>(limit)); };
+    Random random;
     const std::u16string alphabet = u"ab \n👍é\t\u0301漢";
     const auto randomText = [&](int64_t length) {
         std::u16string text;
         for (int64_t i = 0; i < length; ++i)
-            text += alphabet[static_cast<size_t>(below(static_cast<int64_t>(alphabet.size())))];
+            text += alphabet[static_cast<size_t>(random.below(static_cast<int64_t>(alphabet.size())))];
         return text;
     };
     MappedText mapped(randomText(500) + std::u16string(9'000, u'x') + randomText(500));
     for (int step = 0; step < 1500; ++step) {
         const int64_t length = mapped.text.length();
-        const int64_t at = below(length + 1);
-        const int64_t removed = std::min(length - at, below(10) == 0 ? below(6'000) : below(3));
-        std::u16string with = below(2) == 0 ? randomText(below(4)) : std::u16string();
-        if (below(30) == 0)
-            with = std::u16string(static_cast<size_t>(below(7'000)), u'w');
+        const int64_t at = random.below(length + 1);
+        const int64_t removed
+            = std::min(length - at, random.oneIn(10) ? random.below(6'000) : random.below(3));
+        std::u16string with = random.oneIn(2) ? randomText(random.below(4)) : std::u16string();
+        if (random.oneIn(30))
+            with = std::u16string(static_cast<size_t>(random.below(7'000)), u'w');
         const int64_t rows = mapped.map.rowCount();
         const RowMap::Change change = mapped.edit({at, removed}, with);
         ASSERT_EQ(mapped.map.rowCount() - rows, change.changeInRows);
-        const Line line{below(mapped.text.lineCount())};
-        const int64_t offset = below(mapped.text.lineRange(line).length + 1);
-        mapped.map.setMeasured(mapped.pieceAt(line, offset, Affinity::upstream), 1 + below(4));
+        const Line line{random.below(mapped.text.lineCount())};
+        const int64_t offset = random.below(mapped.text.lineRange(line).length + 1);
+        mapped.map.setMeasured(mapped.pieceAt(line, offset, Affinity::upstream), 1 + random.below(4));
         if (step % 10 == 0)
             ASSERT_NO_FATAL_FAILURE(mapped.expectConsistent()) << "step " << step;
         else

@@ -2,13 +2,11 @@
 // width changes.
 #include "editor/SegmentCuts.h"
 #include "support/MarkedText.h"
+#include "support/Random.h"
 #include "support/TestEditor.h"
-#include "support/TestEnvironment.h"
 #include "text/Unicode.h"
 
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace quillmark::test {
 namespace {
@@ -314,9 +312,7 @@ TEST(LongLine, AKeyShapesOneSegment)
 
 TEST(LongLine, IsTheSameAfterRandomEdits)
 {
-    std::mt19937_64 random(seed());
-    const auto below
-        = [&](int64_t limit) { return static_cast<int64_t>(random() % static_cast<uint64_t>(limit)); };
+    Random random;
     TestEditor editor;
     std::u16string model;
     while (model.size() < 100'000)
@@ -324,10 +320,10 @@ TEST(LongLine, IsTheSameAfterRandomEdits)
     editor.view.setText(Rope(model));
     const std::u16string_view pieces[] = {u"x", u" ", u"\n", u"\u0301", u"👩‍👩‍👧", u""};
     for (int step = 0; step < 300; ++step) {
-        const int64_t at = below(static_cast<int64_t>(model.size()) + 1);
-        const int64_t removed
-            = std::min(static_cast<int64_t>(model.size()) - at, below(20) == 0 ? below(3000) : below(3));
-        const std::u16string_view with = pieces[below(std::size(pieces))];
+        const int64_t at = random.below(static_cast<int64_t>(model.size()) + 1);
+        const int64_t removed = std::min(
+            static_cast<int64_t>(model.size()) - at, random.oneIn(20) ? random.below(3000) : random.below(3));
+        const std::u16string_view with = pieces[random.below(std::size(pieces))];
         editor.view.replace({at, removed}, with);
         model.replace(static_cast<size_t>(at), static_cast<size_t>(removed), with);
         ASSERT_EQ(editor.view.text().text(), model);
