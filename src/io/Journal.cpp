@@ -68,10 +68,8 @@ struct Journal::Files {
             / (prefix
                 + std::string(
                     nameEnding(snapshot.original.filename().native(), longestName - prefix.size())));
-        auto written = createFile(disk, path, ownerOnly, content);
-        if (written)
-            texts[document] = path;
-        return written;
+        texts[document] = path; // also after a failure: when syncing the folder failed, the file is there
+        return createFile(disk, path, ownerOnly, content);
     }
 
     Status ensureLock()

@@ -15,8 +15,8 @@ constexpr std::string_view utf8Mark = "\xEF\xBB\xBF";
 constexpr std::string_view utf16LittleMark = "\xFF\xFE";
 constexpr std::string_view utf16BigMark = "\xFE\xFF";
 
-/// Bytes are taken in pieces of this size: they stay in the cache, and one odd character makes no more than
-/// one piece of an ASCII text wide.
+/// Bytes are taken in pieces of this size, which stay in the cache while they are folded, converted and
+/// stored.
 constexpr size_t pieceSize = 1024;
 
 constexpr char16_t unassigned = 0xFFFF;
@@ -218,10 +218,14 @@ private:
         if (m_rest.size() <= pieceSize)
             return m_rest.size();
         size_t end = pieceSize;
-        for (int steps = 0; steps < 3 && (m_rest[end] & 0xC0) == 0x80; ++steps)
+        for (int steps = 0; steps < 3 && isContinuation(m_rest[end]); ++steps)
             --end;
+        if (isContinuation(m_rest[end]))
+            end = pieceSize; // a fourth one in a row belongs to no sequence
         return m_rest[end - 1] == '\r' && m_rest[end] == '\n' ? end + 1 : end;
     }
+
+    static bool isContinuation(char byte) { return (byte & 0xC0) == 0x80; }
 
     std::string_view folded(std::string_view piece)
     {

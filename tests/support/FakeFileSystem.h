@@ -14,8 +14,7 @@
 #include <string_view>
 #include <vector>
 
-namespace quillmark::test
-{
+namespace quillmark::test {
 
 enum class DiskOperation {
     list,
@@ -38,8 +37,7 @@ enum class DiskOperation {
     copyAttributes,
 };
 
-class FakeFileSystem : public FileSystem
-{
+class FakeFileSystem : public FileSystem {
 public:
     struct Node;
 
@@ -72,6 +70,7 @@ public:
 
     // Faults. They add up; heal() ends them all.
     void failCall(int64_t n, int code); ///< the n-th call from now, 1 first, once
+    void failFrom(int64_t n, int code); ///< the n-th call from now and all that follow: the disk is gone
     void failAlways(
         DiskOperation operation, int code, std::string pathPart = {}); ///< where the path contains the part
     void failOnce(DiskOperation operation, int code, std::string pathPart = {});
@@ -106,7 +105,8 @@ private:
     using NodePointer = std::shared_ptr<Node>;
 
     struct Fault {
-        std::optional<DiskOperation> operation; ///< nothing: the call with the number `call`
+        std::optional<DiskOperation>
+            operation; ///< nothing: the call with the number `call`, or all from it on
         int64_t call = 0;
         int code = 0;
         std::string pathPart;
