@@ -1,0 +1,120 @@
+// The central model: the open tabs, the active document with its text and facts, loading, saving, the session
+// and notices. There is one; LedgerlyApp makes it before any window and it lives until the process ends. Main
+// thread only; slow work runs on others and hands values back.
+#pragma once
+
+#include "base/Observable.h"
+#include "base/Scheduler.h"
+#include "core/EditorSettings.h"
+#include "core/EditorTab.h"
+#include "editor/PlainTextView.h"
+#include "io/DocumentWriter.h"
+#include "io/RecoveryStore.h"
+#include "io/TextFileReader.h"
+#include "io/WriteQueue.h"
+#include "notes/NoteStore.h"
+#include "platform/Appearance.h"
+#include "platform/UserDefaults.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quillmark {
+
+/// What the model needs of the world. All of it outlives the AppState.
+struct AppServices {
+    Scheduler& scheduler;
+    FileSystem& files;
+    Log& log;
+    UserDefaults& defaults;
+    Trash& trash;
+    Appearance& appearance;
+    DocumentWriter& writer;
+    RecoveryStore& recovery;
+    Path defaultNotesFolder;
+    Path journalFolder; ///< of this program alone: holds the text of documents while they are dirty
+};
+
+class AppState {
+    struct Impl;
+    std::unique_ptr<Impl> m_impl; // made before and destroyed after what is public
+
+public:
+    /// Lists the notes, restores the session and loads the active document. Afterwards there is always an
+    /// active tab.
+    explicit AppState(AppServices services);
+    ~AppState(); ///< writes what is queued, but not the active document: that is willTerminate()
+    AppState(const AppState&) = delete;
+    AppState& operator=(const AppState&) = delete;
+
+    /// The one that lives, null before and after. For the application delegate alone.
+    static AppState* shared();
+
+    using Tabs = std::vector<std::shared_ptr<EditorTab>>;
+
+    NoteStore store;
+    EditorSettings settings;
+
+    // The view toggles; setting one stores it and takes effect at once.
+    Observable<AppearanceMode> appearanceMode{AppearanceMode::system};
+    Observable<bool> showLineNumbers{true};
+    Observable<bool> showMinimap{true};
+
+    // What the views show.
+    Observable<double> viewportStart{0.0}; ///< top of the visible part as a fraction of the document's height
+    Observable<double> viewportFraction{1.0}; ///< its height, likewise
+    Observable<Language> syntaxLanguage{Language::plain};
+    Observable<Tabs> tabs;
+    Observable<std::optional<Uuid>> activeTabID;
+    Observable<std::string> encodingName{std::string("UTF-8")};
+    Observable<std::string> lineEndings{std::string("LF")}; ///< "LF" or "CRLF"
+    Observable<bool> isReadOnly{false};
+    Observable<bool> isDirty{false};
+    Observable<int64_t> cursorLine{1}; ///< 1-based
+    Observable<int64_t> cursorColumn{1}; ///< 1-based, in units
+    Observable<int64_t> loadGeneration{0}; ///< grows when the editor must take `currentText`
+    Observable<bool> isLoading{false};
+    Observable<std::optional<std::string>> notice;
+
+    // The active document.
+    const Rope& currentText() const; ///< as last loaded or last taken from the editor
+    Rope editorText() const; ///< what the user sees now
+    std::shared_ptr<EditorTab> activeTab() const; ///< null when there is none
+    std::optional<Uuid> activeNoteID() const;
+    Tabs fileTabs() const;
+    /// The live editor; null when there is none. The editor sets it and resets it when it goes. It takes
+    /// `currentText` while it is told of a new `loadGeneration`, so that its text and the model's never
+    /// belong to different documents.
+    void setTextView(PlainTextView* view);
+    PlainTextView* textView() const;
+
+    // Tabs.
+    void newNote(); ///< an empty "Untitled" note in a new tab at the end
+    void openNote(Uuid noteID);
+    void openFile(const Path& path); ///< any path, also of nothing; the same file never gets a second tab
+    void selectTab(Uuid tabID);
+    void selectAdjacentTab(int offset); ///< +1 next, −1 previous, around the ends
+    void closeTab(Uuid tabID); ///< the last one is replaced by a fresh note
+    void deleteNote(const Note& note); ///< moves its file to the Trash and closes its tab
+    void commitActiveNoteTitle(); ///< gives the active note's file its title's name now
+
+    // Editing and saving.
+    void textDidChange(); ///< the editor calls it after each edit by the user
+    enum class AllowBackground { no, yes };
+    /// Writes the active document when it is dirty. On failure it stays dirty and the next flush tries again.
+    void flushSave(AllowBackground allowBackground);
+
+    // Session, notices, appearance.
+    void saveSession();
+    void showNotice(std::string text);
+    void dismissNotice();
+    void applyAppearance();
+
+    // What the application delegate does.
+    void willResignActive();
+    void willTerminate(); ///< when it returns, every word is on the disk, or in the recovery folder
+};
+
+} // namespace quillmark

@@ -1,0 +1,271 @@
+#include "core/Commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+
+namespace quillmark {
+namespace {
+
+/// The editor that has the focus, when the user may change its text.
+PlainTextView* editableView(Shell& shell)
+{
+    PlainTextView* const view = shell.focusedTextView();
+    return view && view->isEditable() ? view : nullptr;
+}
+
+bool hasSelection(const PlainTextView* view)
+{
+    return view && !view->selection().isEmpty();
+}
+
+/// What a command does with the focused editor; nothing while the focus is elsewhere.
+template <void (PlainTextView::*operation)()> void inEditor(AppState&, Shell& shell)
+{
+    if (PlainTextView* const view = shell.focusedTextView())
+        (view->*operation)();
+}
+
+void paste(AppState&, Shell& shell)
+{
+    if (PlainTextView* const view = shell.focusedTextView())
+        view->paste();
+}
+
+template <int offset> void selectNeighbour(AppState& app, Shell&)
+{
+    app.selectAdjacentTab(offset);
+}
+
+bool hasFocusedEditor(const AppState&, Shell& shell)
+{
+    return shell.focusedTextView();
+}
+
+bool canEdit(const AppState&, Shell& shell)
+{
+    return editableView(shell);
+}
+
+bool canDelete(const AppState&, Shell& shell)
+{
+    return hasSelection(editableView(shell));
+}
+
+bool canCopy(const AppState&, Shell& shell)
+{
+    return hasSelection(shell.focusedTextView());
+}
+
+bool canUndo(const AppState&, Shell& shell)
+{
+    const PlainTextView* const view = editableView(shell);
+    return view && view->canUndo();
+}
+
+bool canRedo(const AppState&, Shell& shell)
+{
+    const PlainTextView* const view = editableView(shell);
+    return view && view->canRedo();
+}
+
+bool hasActiveTab(const AppState& app, Shell&)
+{
+    return app.activeTab() != nullptr;
+}
+
+bool hasSeveralTabs(const AppState& app, Shell&)
+{
+    return app.tabs->size() > 1;
+}
+
+void newNote(AppState& app, Shell&)
+{
+    app.newNote();
+}
+
+void openFiles(AppState& app, Shell& shell)
+{
+    for (const Path& file : shell.chooseFilesToOpen())
+        app.openFile(file);
+}
+
+void save(AppState& app, Shell&)
+{
+    app.flushSave(AppState::AllowBackground::no);
+}
+
+void closeTab(AppState& app, Shell&)
+{
+    if (const auto tab = app.activeTab())
+        app.closeTab(tab->id);
+}
+
+void toggleSidebar(AppState&, Shell& shell)
+{
+    shell.toggleSidebar();
+}
+
+void quit(AppState&, Shell& shell)
+{
+    shell.quit();
+}
+
+const std::array table = {
+    Command{.id = "file.newNote",
+        .menu = Menu::file,
+        .group = 0,
+        .menuTitle = "Новая заметка",
+        .keySigns = "⌘N",
+        .linuxKeys = {"Ctrl+N"},
+        .icon = "square.and.pencil",
+        .run = newNote},
+    Command{.id = "file.newTab",
+        .menu = Menu::file,
+        .group = 0,
+        .menuTitle = "Новая вкладка",
+        .keySigns = "⌘T",
+        .linuxKeys = {"Ctrl+T"},
+        .icon = "plus",
+        .run = newNote},
+    Command{.id = "file.open",
+        .menu = Menu::file,
+        .group = 1,
+        .menuTitle = "Открыть…",
+        .keySigns = "⌘O",
+        .linuxKeys = {"Ctrl+O"},
+        .icon = "folder",
+        .run = openFiles},
+    Command{.id = "file.save",
+        .menu = Menu::file,
+        .group = 2,
+        .menuTitle = "Сохранить",
+        .keySigns = "⌘S",
+        .linuxKeys = {"Ctrl+S"},
+        .icon = "",
+        .run = save},
+    Command{.id = "file.closeTab",
+        .menu = Menu::file,
+        .group = 2,
+        .menuTitle = "Закрыть вкладку",
+        .keySigns = "⌘W",
+        .linuxKeys = {"Ctrl+W", "Ctrl+F4"},
+        .icon = "xmark",
+        .isEnabled = hasActiveTab,
+        .run = closeTab},
+    Command{.id = "app.quit",
+        .menu = Menu::file,
+        .group = 3,
+        .menuTitle = "Завершить Quillmark",
+        .keySigns = "⌘Q",
+        .linuxKeys = {"Ctrl+Q"},
+        .icon = "",
+        .run = quit},
+
+    Command{.id = "edit.undo",
+        .menu = Menu::edit,
+        .group = 0,
+        .menuTitle = "Отменить",
+        .keySigns = "⌘Z",
+        .linuxKeys = {"Ctrl+Z", "Alt+Backspace"},
+        .icon = "",
+        .isEnabled = canUndo,
+        .run = inEditor<&PlainTextView::undo>},
+    Command{.id = "edit.redo",
+        .menu = Menu::edit,
+        .group = 0,
+        .menuTitle = "Повторить",
+        .keySigns = "⇧⌘Z",
+        .linuxKeys = {"Ctrl+Shift+Z", "Ctrl+Y"},
+        .icon = "",
+        .isEnabled = canRedo,
+        .run = inEditor<&PlainTextView::redo>},
+    Command{.id = "edit.cut",
+        .menu = Menu::edit,
+        .group = 1,
+        .menuTitle = "Вырезать",
+        .keySigns = "⌘X",
+        .linuxKeys = {"Ctrl+X", "Shift+Del"},
+        .icon = "",
+        .isEnabled = canDelete,
+        .run = inEditor<&PlainTextView::cut>},
+    Command{.id = "edit.copy",
+        .menu = Menu::edit,
+        .group = 1,
+        .menuTitle = "Копировать",
+        .keySigns = "⌘C",
+        .linuxKeys = {"Ctrl+C", "Ctrl+Ins"},
+        .icon = "",
+        .isEnabled = canCopy,
+        .run = inEditor<&PlainTextView::copy>},
+    Command{.id = "edit.paste",
+        .menu = Menu::edit,
+        .group = 1,
+        .menuTitle = "Вставить",
+        .keySigns = "⌘V",
+        .linuxKeys = {"Ctrl+V", "Shift+Ins"},
+        .icon = "",
+        .isEnabled = canEdit,
+        .run = paste},
+    Command{.id = "edit.delete",
+        .menu = Menu::edit,
+        .group = 1,
+        .menuTitle = "Удалить",
+        .keySigns = "",
+        .linuxKeys = {},
+        .icon = "",
+        .isEnabled = canDelete,
+        .run = inEditor<&PlainTextView::deleteSelection>},
+    Command{.id = "edit.selectAll",
+        .menu = Menu::edit,
+        .group = 1,
+        .menuTitle = "Выбрать все",
+        .keySigns = "⌘A",
+        .linuxKeys = {"Ctrl+A"},
+        .icon = "",
+        .isEnabled = hasFocusedEditor,
+        .run = inEditor<&PlainTextView::selectAll>},
+
+    Command{.id = "view.toggleSidebar",
+        .menu = Menu::view,
+        .group = 0,
+        .menuTitle = "Свернуть сайдбар",
+        .keySigns = "⌘0",
+        .linuxKeys = {"Ctrl+0"},
+        .icon = "sidebar.left",
+        .run = toggleSidebar},
+    Command{.id = "view.nextTab",
+        .menu = Menu::view,
+        .group = 1,
+        .menuTitle = "Следующая вкладка",
+        .keySigns = "⇧⌘]",
+        .linuxKeys = {"Ctrl+Shift+]", "Ctrl+Tab", "Ctrl+PgDown"},
+        .icon = "",
+        .isEnabled = hasSeveralTabs,
+        .run = selectNeighbour<+1>},
+    Command{.id = "view.previousTab",
+        .menu = Menu::view,
+        .group = 1,
+        .menuTitle = "Предыдущая вкладка",
+        .keySigns = "⇧⌘[",
+        .linuxKeys = {"Ctrl+Shift+[", "Ctrl+Shift+Tab", "Ctrl+PgUp"},
+        .icon = "",
+        .isEnabled = hasSeveralTabs,
+        .run = selectNeighbour<-1>},
+};
+
+} // namespace
+
+std::span<const Command> commands()
+{
+    return table;
+}
+
+const Command& command(std::string_view id)
+{
+    const auto found = std::ranges::find(table, id, &Command::id);
+    assert(found != table.end());
+    return *found;
+}
+
+} // namespace quillmark

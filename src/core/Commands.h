@@ -1,0 +1,40 @@
+// The one command table: menus, tooltips and, later, the palette and the shortcuts window are made of its
+// rows.
+#pragma once
+
+#include "core/AppState.h"
+
+#include <span>
+#include <string_view>
+
+namespace quillmark {
+
+/// What a command asks of the windows.
+class Shell {
+public:
+    virtual ~Shell() = default;
+    virtual PlainTextView* focusedTextView() = 0; ///< null when the focus is elsewhere
+    virtual std::vector<Path> chooseFilesToOpen() = 0; ///< modal panel; empty when cancelled
+    virtual void toggleSidebar() = 0;
+    virtual void quit() = 0;
+};
+
+/// The top-level menus, in the order of the menu bar.
+enum class Menu { file, edit, view };
+
+struct Command {
+    std::string_view id; ///< stable name, "file.newNote"
+    Menu menu{};
+    int group = 0; ///< a separator stands between rows of different groups
+    std::string_view menuTitle; ///< Russian, without mnemonic
+    std::string_view keySigns; ///< as the texts of the program show it: "⌘N"; empty when it has none
+    std::vector<std::string_view> linuxKeys; ///< portable Qt-style key names, the first is shown: {"Ctrl+N"}
+    std::string_view icon; ///< symbol name, may be empty
+    bool (*isEnabled)(const AppState&, Shell&) = nullptr; ///< null: always
+    void (*run)(AppState&, Shell&) = nullptr;
+};
+
+std::span<const Command> commands();
+const Command& command(std::string_view id); ///< the id must exist
+
+} // namespace quillmark

@@ -1,0 +1,44 @@
+// One open tab and what it shows.
+#pragma once
+
+#include "base/Observable.h"
+#include "base/Uuid.h"
+#include "editor/Language.h"
+#include "platform/FileSystem.h"
+
+#include <optional>
+#include <string>
+#include <variant>
+
+namespace quillmark {
+
+struct NoteSource {
+    Uuid id; ///< Note::id; the tab stores the id, not the record
+    bool operator==(const NoteSource&) const = default;
+};
+struct FileSource {
+    Path url; ///< absolute and normalised
+    bool operator==(const FileSource&) const = default;
+};
+using TabSource = std::variant<NoteSource, FileSource>;
+
+/// Shared with the views, which watch its observable fields. Main thread only.
+struct EditorTab {
+    EditorTab(TabSource initialSource, std::string initialTitle)
+        : source(std::move(initialSource))
+        , title(std::move(initialTitle))
+    {
+    }
+
+    const Uuid id = Uuid::random();
+    Observable<TabSource> source;
+    Observable<std::string> title;
+    Observable<bool> isDirty{false}; ///< edits that are not yet written
+    std::optional<Language> languageOverride; ///< chosen by the user; absent: found from the file
+    bool encodingNoticeShown = false; ///< the notice about writing as UTF-8 comes once a tab
+
+    const NoteSource* note() const { return std::get_if<NoteSource>(&source.get()); }
+    const FileSource* file() const { return std::get_if<FileSource>(&source.get()); }
+};
+
+} // namespace quillmark

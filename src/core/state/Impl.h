@@ -1,0 +1,97 @@
+// The private side of AppState. Its operations are grouped by topic, a file each: tabs, loading, saving, what
+// happens to text that would be given up, the session.
+#pragma once
+
+#include "core/AppState.h"
+#include "io/Journal.h"
+#include "io/ReadFile.h"
+
+#include <map>
+
+namespace quillmark {
+
+/// From this size on (512 KiB) a document is read, and where nobody waits for it written, in the background.
+inline constexpr int64_t backgroundThreshold = 512 * 1024;
+
+struct AppState::Impl {
+    /// The active document as it was loaded.
+    struct Document {
+        Uuid id = Uuid::random(); ///< names its journal; another one at every load from disk
+        std::optional<Uuid>
+            tabID; ///< whose text it is: a flush never writes one tab's text to another one's file
+        std::optional<Error> unreadable; ///< bytes are there that could not be read: never written over
+        bool isLossy = false; ///< some of its bytes were no text, and writing it replaces them
+    };
+    /// A document whose text the write queue has taken over.
+    struct QueuedSave {
+        Uuid document;
+        LineEnds lineEnds = LineEnds::lf;
+    };
+
+    Impl(AppState& owner, AppServices world);
+
+    // Tabs.
+    std::shared_ptr<EditorTab> findTab(const Uuid& id) const;
+    std::shared_ptr<EditorTab> findTab(const TabSource& source) const;
+    void appendAndSelect(std::shared_ptr<EditorTab> tab);
+    void leaveActiveDocument();
+    bool isBlankDocument() const;
+    bool isStillEmpty(const Note& note, bool wasActive);
+    void removeTab(Uuid id);
+    void showOnly(const Note& note);
+    void showFreshNote();
+    void showFirstNote();
+    std::optional<Path> urlOf(const EditorTab& tab) const;
+
+    // Loading.
+    void loadActiveDocument();
+    bool loadQueuedText(const Path& url);
+    void loadInBackground(const Path& url);
+    void publish(Result<TextFile> read);
+    void applyLoadedDocument(TextFileReader::Result result);
+    void replaceText(Rope text);
+    void detectLanguageFromContent();
+
+    // Saving.
+    void scheduleSave();
+    Result<int64_t> write(const Path& url, AllowBackground allowBackground);
+    Status mayReplace(const Path& url);
+    void announceEncoding(EditorTab& tab);
+
+    // What would be given up.
+    void rescueUnsavedText();
+    void keep(const Uuid& document, Journal::Snapshot text);
+    void keepWhatCouldNotBeKept();
+    void keepWhatCouldNotBeWritten();
+    std::optional<Journal::Snapshot> journalSnapshot(const Uuid& id) const;
+    void queuedWriteEnded(const WriteQueue::Outcome& outcome);
+
+    // Session.
+    void restoreSession();
+
+    AppState& app;
+    AppServices services;
+    WriteQueue writeQueue;
+    Journal journal;
+
+    Document document;
+    Rope currentText;
+    PlainTextView* textView = nullptr;
+    std::map<std::string, QueuedSave> queuedSaves; ///< by the bytes of the path
+    std::map<Uuid, Journal::Snapshot> unkept; ///< by document: not even the recovery folder took them
+    std::optional<Uuid> rescued; ///< the document whose text was last kept
+
+    bool isSessionRestored = false; ///< before, nothing may be written over the stored one
+    Task saveTask;
+    Task loadTask;
+    Task noticeTask;
+    std::vector<Connection> connections;
+};
+
+/// Whether an error says that there is no file, rather than that it cannot be read.
+bool saysMissing(const Error& error);
+
+/// A file's name for the user; bytes that are not UTF-8 show as U+FFFD.
+std::string displayName(const Path& url);
+
+} // namespace quillmark

@@ -1,0 +1,118 @@
+#include "core/state/Impl.h"
+
+#include "text/Unicode.h"
+
+namespace quillmark {
+namespace {
+
+constexpr int64_t readOnlyAbove = 20 * 1024 * 1024; // bytes
+constexpr int64_t sniffedCharacters = 2048;
+constexpr int64_t sniffedUnits = 64 * sniffedCharacters; // bounds what endless combining marks cost
+
+int64_t sizeOf(FileSystem& files, const Path& url)
+{
+    const auto info = files.stat(url);
+    return info && info->kind == FileInfo::Kind::regular ? info->size : 0;
+}
+
+} // namespace
+
+void AppState::Impl::loadActiveDocument()
+{
+    loadTask.cancel();
+    saveTask.cancel();
+    app.isLoading.set(false);
+    const auto tab = app.activeTab();
+    document = {};
+    document.tabID = app.activeTabID.get();
+    const auto url = tab ? urlOf(*tab) : std::nullopt;
+    if (!url) {
+        app.isReadOnly.set(false);
+        return applyLoadedDocument({});
+    }
+
+    const bool isOnDisk = writeQueue.finish(*url).has_value();
+    const Note* note = tab->note() ? app.store.find(tab->note()->id) : nullptr;
+    const int64_t size = note ? note->byteSize : sizeOf(services.files, *url);
+    app.isReadOnly.set(size > readOnlyAbove);
+    app.syntaxLanguage.set(tab->languageOverride.value_or(languageForURL(*url)));
+
+    if (!isOnDisk && loadQueuedText(*url))
+        return;
+    if (size >= backgroundThreshold)
+        loadInBackground(*url);
+    else
+        publish(readTextFile(services.files, *url));
+}
+
+/// The disk does not take a text that is newer than the file: the document goes on where it was left.
+bool AppState::Impl::loadQueuedText(const Path& url)
+{
+    const auto text = writeQueue.pendingText(url);
+    const auto save = queuedSaves.find(url.native());
+    if (!text || save == queuedSaves.end())
+        return false;
+    document.id = save->second.document;
+    applyLoadedDocument(
+        {.text = *text, .lineEndings = save->second.lineEnds == LineEnds::crlf ? "CRLF" : "LF"});
+    return true;
+}
+
+void AppState::Impl::loadInBackground(const Path& url)
+{
+    app.isLoading.set(true);
+    replaceText({});
+    loadTask = services.scheduler.background(
+        Priority::userInitiated,
+        [&files = services.files, url](const CancelToken&) { return readTextFile(files, url); },
+        [this, tabID = document.tabID](Result<TextFile> read) {
+            if (app.activeTabID.get() == tabID)
+                publish(std::move(read));
+        });
+}
+
+void AppState::Impl::publish(Result<TextFile> read)
+{
+    if (!read && !saysMissing(read.error()))
+        document.unreadable = read.error();
+    if (!read)
+        return applyLoadedDocument({});
+    document.isLossy = read->content.lossy;
+    applyLoadedDocument(std::move(read->content));
+}
+
+void AppState::Impl::applyLoadedDocument(TextFileReader::Result result)
+{
+    app.encodingName.set(std::move(result.encodingName));
+    app.lineEndings.set(std::move(result.lineEndings));
+    app.isDirty.set(false);
+    if (const auto tab = app.activeTab())
+        tab->isDirty.set(false);
+    app.isLoading.set(false);
+    app.cursorLine.set(1);
+    app.cursorColumn.set(1);
+    replaceText(std::move(result.text));
+    detectLanguageFromContent();
+}
+
+/// Gives the editor another text. Taking a large one apart takes time, so the old one dies on another thread.
+void AppState::Impl::replaceText(Rope text)
+{
+    Rope shown = app.editorText();
+    Rope loaded = std::exchange(currentText, std::move(text));
+    app.loadGeneration.set(app.loadGeneration.get() + 1);
+    if (shown.length() + loaded.length() >= backgroundThreshold)
+        services.scheduler.runInBackground(
+            Priority::utility, [a = std::move(shown), b = std::move(loaded)]() mutable { a = b = Rope(); });
+}
+
+void AppState::Impl::detectLanguageFromContent()
+{
+    const auto tab = app.activeTab();
+    if ((tab && tab->languageOverride) || app.syntaxLanguage.get() != Language::plain)
+        return;
+    const std::u16string start = currentText.text({0, sniffedUnits});
+    app.syntaxLanguage.set(guessLanguage(firstGraphemes(start, sniffedCharacters)));
+}
+
+} // namespace quillmark

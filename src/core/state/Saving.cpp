@@ -1,0 +1,142 @@
+#include "core/state/Impl.h"
+
+#include <algorithm>
+
+namespace quillmark {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Duration saveDelay = 800ms;
+
+LineEnds lineEndsOf(const AppState& app)
+{
+    return app.lineEndings.get() == "CRLF" ? LineEnds::crlf : LineEnds::lf;
+}
+
+constexpr bool isSurrogate(char16_t unit)
+{
+    return unit >= 0xD800 && unit < 0xE000;
+}
+
+int64_t utf8Length(std::span<const uint8_t> latin1)
+{
+    int64_t bytes = 0;
+    for (const uint8_t unit : latin1)
+        bytes += 1 + (unit >> 7);
+    return bytes;
+}
+
+/// A surrogate counts as half of its pair. (One without its partner is written as U+FFFD: a byte more.)
+int64_t utf8Length(std::span<const char16_t> units)
+{
+    int64_t bytes = 0;
+    for (const char16_t unit : units)
+        bytes += 1 + (unit >= 0x80) + (unit >= 0x800) - isSurrogate(unit);
+    return bytes;
+}
+
+/// In bytes, with line feeds. One pass without conversion: a flush may ask this of a large text.
+int64_t utf8Length(const Rope& text)
+{
+    int64_t bytes = 0;
+    text.forEachChunk({0, text.length()}, [&](const Rope::Chunk& chunk) {
+        bytes += std::visit([](const auto& units) { return utf8Length(units); }, chunk);
+        return true;
+    });
+    return bytes;
+}
+
+} // namespace
+
+void AppState::textDidChange()
+{
+    const auto tab = activeTab();
+    if (!tab || isLoading.get()) // an edit of the empty text that stands in while a document is being read
+        return;
+    isDirty.set(true);
+    tab->isDirty.set(true);
+    m_impl->journal.textChanged(m_impl->document.id);
+    m_impl->scheduleSave();
+}
+
+void AppState::Impl::scheduleSave()
+{
+    saveTask = services.scheduler.after(saveDelay, [this] { app.flushSave(AllowBackground::yes); });
+}
+
+void AppState::flushSave(AllowBackground allowBackground)
+{
+    m_impl->saveTask.cancel();
+    const auto tab = activeTab();
+    if (!isDirty.get() || !tab || m_impl->document.tabID != tab->id)
+        return;
+    m_impl->currentText = editorText();
+    m_impl->announceEncoding(*tab);
+    const auto url = m_impl->urlOf(*tab);
+    if (!url)
+        return;
+    const auto byteSize = m_impl->write(*url, allowBackground);
+    if (!byteSize) {
+        m_impl->services.log.line("Quillmark: save failed: " + byteSize.error().message);
+        return;
+    }
+    if (const NoteSource* source = tab->note()) {
+        store.noteDidSave(source->id, m_impl->currentText, *byteSize);
+        if (const Note* note = store.find(source->id))
+            tab->title.set(note->title);
+    }
+    isDirty.set(false);
+    tab->isDirty.set(false);
+    m_impl->detectLanguageFromContent();
+}
+
+/// A document that was read in an 8-bit encoding is written as UTF-8, and the user is told so once a tab.
+void AppState::Impl::announceEncoding(EditorTab& tab)
+{
+    const std::string name = app.encodingName.get();
+    if (name.starts_with("UTF"))
+        return;
+    if (!std::exchange(tab.encodingNoticeShown, true))
+        app.showNotice("Файл был в " + name + " — пересохранён в UTF-8");
+    app.encodingName.set("UTF-8");
+}
+
+/// Writes the current text, or queues it, and returns the size of the file as written.
+Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBackground)
+{
+    if (const Status allowed = mayReplace(url); !allowed)
+        return std::unexpected(allowed.error());
+    if (std::exchange(document.isLossy, false)) // the bytes that were no text are about to be replaced
+        (void)services.recovery.keepCopy(url);
+
+    const WriteRequest request{.target = url,
+        .text = currentText,
+        .lineEnds = lineEndsOf(app),
+        .version = journal.version(document.id)};
+    const int64_t size = utf8Length(currentText);
+    if (allowBackground == AllowBackground::yes && size >= backgroundThreshold) {
+        queuedSaves[url.native()] = {.document = document.id, .lineEnds = request.lineEnds};
+        writeQueue.enqueue(request);
+        return size + (request.lineEnds == LineEnds::crlf ? currentText.lineCount() - 1 : 0);
+    }
+    queuedSaves.erase(url.native()); // what is queued is older
+    const auto written = writeQueue.writeNow(request);
+    if (!written)
+        return std::unexpected(written.error());
+    journal.saved(document.id, request.version);
+    unkept.erase(document.id);
+    document.unreadable.reset();
+    return written->bytes;
+}
+
+Status AppState::Impl::mayReplace(const Path& url)
+{
+    if (!document.unreadable)
+        return {};
+    const auto info = services.files.stat(url);
+    const bool isGone = !info && saysMissing(info.error());
+    return isGone ? Status() : std::unexpected(*document.unreadable);
+}
+
+} // namespace quillmark

@@ -1,0 +1,98 @@
+#include "core/Commands.h"
+#include "AppTest.h"
+
+#include <set>
+
+namespace quillmark::test {
+namespace {
+
+struct CommandsTest : AppTest, Shell {
+    PlainTextView* focused = &view;
+    std::vector<Path> chosen;
+    int sidebarToggles = 0;
+    int quits = 0;
+
+    PlainTextView* focusedTextView() override { return focused; }
+    std::vector<Path> chooseFilesToOpen() override { return chosen; }
+    void toggleSidebar() override { ++sidebarToggles; }
+    void quit() override { ++quits; }
+
+    bool enabled(std::string_view id)
+    {
+        const Command& row = command(id);
+        return !row.isEnabled || row.isEnabled(*app, *this);
+    }
+    void run(std::string_view id) { command(id).run(*app, *this); }
+};
+
+TEST_F(CommandsTest, NoIdAndNoKeyIsTakenTwice)
+{
+    std::set<std::string_view> ids;
+    std::set<std::string_view> keys;
+    for (const Command& row : commands()) {
+        EXPECT_TRUE(ids.insert(row.id).second) << row.id;
+        EXPECT_TRUE(row.run) << row.id;
+        EXPECT_EQ(row.keySigns.empty(), row.linuxKeys.empty()) << row.id;
+        for (const std::string_view name : row.linuxKeys)
+            EXPECT_TRUE(keys.insert(name).second) << name;
+    }
+}
+
+TEST_F(CommandsTest, FilesAndTabs)
+{
+    start();
+    type("words");
+    run("file.newTab");
+    EXPECT_EQ(app->tabs->size(), 2u);
+    chosen = {"/tmp/a", "/tmp/b"};
+    run("file.open");
+    EXPECT_EQ(titles(), (Strings{"words", "Untitled", "a", "b"}));
+    EXPECT_EQ(activeIndex(), 3u);
+    run("view.nextTab");
+    EXPECT_EQ(activeIndex(), 0u);
+    run("view.previousTab");
+    run("file.closeTab");
+    EXPECT_EQ(titles(), (Strings{"words", "Untitled", "a"}));
+    select(0);
+    type("x");
+    run("file.save");
+    EXPECT_EQ(noteText("words.txt"), "xwords");
+    run("view.toggleSidebar");
+    run("app.quit");
+    EXPECT_EQ(sidebarToggles + quits, 2);
+}
+
+TEST_F(CommandsTest, EditingGoesToTheEditorThatHasTheFocus)
+{
+    start();
+    EXPECT_FALSE(enabled("edit.undo"));
+    EXPECT_FALSE(enabled("view.nextTab"));
+    type("words");
+    EXPECT_TRUE(enabled("edit.undo"));
+    EXPECT_FALSE(enabled("edit.copy"));
+    run("edit.selectAll");
+    EXPECT_TRUE(enabled("edit.copy") && enabled("edit.cut") && enabled("edit.delete"));
+    run("edit.cut");
+    EXPECT_EQ(shown(), "");
+    run("edit.undo");
+    EXPECT_TRUE(enabled("edit.redo"));
+    run("edit.redo");
+    run("edit.paste");
+    EXPECT_EQ(shown(), "words");
+    view.selectAll();
+    view.setEditable(false);
+    EXPECT_TRUE(enabled("edit.copy"));
+    EXPECT_FALSE(
+        enabled("edit.cut") || enabled("edit.paste") || enabled("edit.delete") || enabled("edit.undo"));
+    focused = nullptr;
+    for (const Command& row : commands()) {
+        if (row.menu == Menu::edit) {
+            EXPECT_FALSE(enabled(row.id)) << row.id;
+            run(row.id);
+        }
+    }
+    EXPECT_EQ(shown(), "words");
+}
+
+} // namespace
+} // namespace quillmark::test

@@ -1,0 +1,161 @@
+#include "AppTest.h"
+#include "core/SessionData.h"
+
+#include <nlohmann/json.hpp>
+
+namespace quillmark::test {
+namespace {
+
+constexpr const char* key = "session.v1";
+
+struct SessionTest : AppTest {
+    void store(const std::string& json) { defaults.setData(key, json); }
+};
+
+TEST_F(SessionTest, TabsComeBackInTheirOrder)
+{
+    putNote("Plan.txt", "Plan");
+    disk.putFile("/tmp/a\xFF.txt", "A");
+    disk.putFile("/tmp/b.txt", "B");
+    start();
+    open("/tmp/a\xFF.txt");
+    open("/tmp/b.txt");
+    select(1);
+    quit();
+    disk.move("/tmp/b.txt", "/tmp/renamed.txt");
+    start();
+    EXPECT_EQ(titles(), (Strings{"Plan", "a\uFFFD.txt", "renamed.txt"}));
+    EXPECT_EQ(activeIndex(), 1u);
+    EXPECT_EQ(shown(), "A");
+}
+
+TEST_F(SessionTest, NotesAreFoundByTheBytesOfTheirPaths)
+{
+    putNote("\u0439.txt", "composed");
+    putNote("\u0438\u0306.txt", "decomposed");
+    putNote("%41.txt", "percent");
+    putNote("A.txt", "letter");
+    putNote("\xFF.txt", "no text");
+    start();
+    SessionData all;
+    for (const Note& note : *app->store.notes)
+        all.tabs.push_back({.notePath = note.url, .bookmark = {}});
+    stop();
+    defaults.setData(key, encodeSession(all));
+    start();
+    app->saveSession();
+    EXPECT_EQ(app->tabs->size(), 5u);
+    EXPECT_EQ(decodeSession(*defaults.data(key)), all);
+}
+
+TEST_F(SessionTest, TheRecordFollowsARenamedFile)
+{
+    start();
+    type("Plan");
+    scheduler.advance(10s);
+    ASSERT_EQ(noteNames(), (Strings{"Plan.txt"}));
+    stop(); // killed
+    start();
+    EXPECT_EQ(titles(), (Strings{"Plan"}));
+    EXPECT_EQ(noteNames(), (Strings{"Plan.txt"}));
+}
+
+TEST_F(SessionTest, WhatIsGoneIsLeftOut)
+{
+    putNote("Plan.txt", "Plan");
+    disk.putFile("/tmp/a.txt", "A");
+    disk.putFile("/tmp/b.txt", "B");
+    start();
+    open("/tmp/a.txt");
+    open("/tmp/b.txt");
+    open("/tmp/never made");
+    quit();
+    disk.erase("/tmp/b.txt");
+    disk.erase(note("Plan.txt"));
+    start();
+    EXPECT_EQ(titles(), (Strings{"a.txt"}));
+    EXPECT_EQ(activeIndex(), 0u);
+    quit();
+    disk.erase("/tmp/a.txt");
+    start();
+    EXPECT_EQ(titles(), (Strings{"Untitled"}));
+}
+
+TEST_F(SessionTest, ADamagedRecordDoesNotPreventTheStart)
+{
+    const std::string deep(100'000, '[');
+    const std::string path = R"({"notePath":"/home/u/Documents/Notes/Plan.txt"})";
+    for (const std::string& damaged :
+        {std::string(), std::string("\0\0\0\0", 4), std::string("\xFF\xFE"), deep, std::string("{}"),
+            std::string("[]"), std::string(R"({"tabs":[]})"), std::string(R"({"activeIndex":0})"),
+            std::string(R"({"tabs":{},"activeIndex":0})"), std::string(R"({"tabs":[1],"activeIndex":0})"),
+            std::string(R"({"tabs":[{"notePath":7}],"activeIndex":0})"),
+            R"({"tabs":[)" + path + R"(],"activeIndex":"1"})",
+            R"({"tabs":[)" + path + R"(],"activeIndex":0)"}) {
+        store(damaged);
+        start();
+        EXPECT_EQ(app->tabs->size(), 1u) << damaged.substr(0, 80);
+        EXPECT_EQ(defaults.data(key), damaged) << "left as it is until the tabs change";
+        stop();
+    }
+}
+
+TEST_F(SessionTest, StrangeValuesAreTakenAsFarAsTheyGo)
+{
+    putNote("Plan.txt", "Plan");
+    putNote("Other.txt", "Other");
+    const std::string plan = R"({"notePath":"/home/u/Documents/Notes/Plan.txt"})";
+    const std::string other = R"({"notePath":"/home/u/Documents/Notes/Other.txt","bookmark":null})";
+    const std::string strange
+        = R"({},{"bookmark":"###"},{"bookmark":"AAAA"},{"notePath":"file://%zz%"},)" + plan;
+    for (const auto& [index, active] : {std::pair("-3", 0u), std::pair("99", 1u), std::pair("1", 1u),
+             std::pair("18446744073709551615", 0u)}) {
+        store(R"({"tabs":[)" + strange + "," + other + "," + plan + R"(],"activeIndex":)" + index + "}");
+        start();
+        EXPECT_EQ(titles(), (Strings{"Plan", "Other"})) << "and nothing twice";
+        EXPECT_EQ(activeIndex(), active) << index;
+        stop();
+    }
+}
+
+TEST_F(SessionTest, ANoteWithoutARecordKeepsItsPlaceOnly)
+{
+    start();
+    type("words");
+    open("/tmp/missing");
+    app->store.notes.set({});
+    app->saveSession();
+    EXPECT_EQ(nlohmann::json::parse(*defaults.data(key)),
+        nlohmann::json::parse(R"({"tabs":[{},{}],"activeIndex":1})"));
+}
+
+TEST_F(SessionTest, NothingIsStoredBeforeTheStoredSessionWasRead)
+{
+    putNote("Plan.txt", "Plan");
+    disk.putFile("/tmp/a", "A");
+    start();
+    open("/tmp/a");
+    quit();
+    const auto stored = defaults.data(key);
+    disk.setHook([&](const FakeFileSystem::Call&) { EXPECT_EQ(defaults.data(key), stored); });
+    start();
+    disk.setHook(nullptr);
+    EXPECT_EQ(titles(), (Strings{"Plan", "a"}));
+    EXPECT_EQ(defaults.data(key), stored);
+}
+
+TEST(SessionData, SurvivesTheRoundTrip)
+{
+    std::string everyByte;
+    for (int i = 1; i < 256; ++i)
+        everyByte += static_cast<char>(i);
+    for (size_t length = 0; length < 8; ++length) {
+        const SessionData session{.tabs = {{.notePath = Path("/" + everyByte), .bookmark = {}}, {},
+                                      {.notePath = "/100%", .bookmark = everyByte.substr(0, length)}},
+            .activeIndex = 2};
+        EXPECT_EQ(decodeSession(encodeSession(session)), session);
+    }
+}
+
+} // namespace
+} // namespace quillmark::test
