@@ -25,8 +25,9 @@ void prepareToolkit()
     QLocale::setDefault(QLocale(QLocale::Russian, QLocale::Russia));
 }
 
-LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, TerminationSignals& signals)
-    : m_paths(StandardPaths::find(m_files))
+LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler, TerminationSignals& signals)
+    : m_scheduler(scheduler)
+    , m_paths(StandardPaths::find(m_files))
     , m_recovery(m_files, m_scheduler, m_log, m_paths.recovered())
     , m_writer(m_files, m_recovery, m_scheduler)
     , m_defaults(m_files, m_writer, m_scheduler, m_log, m_paths.settings())
@@ -54,7 +55,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, TerminationSignals& sig
     m_window = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard);
     m_delegate.applicationOpenFiles(commandLine.files);
     m_window->show();
-    signals.listen(m_scheduler, [] { QCoreApplication::quit(); });
+    m_signalWatch = signals.listen(m_scheduler, [] { QCoreApplication::quit(); });
     if (commandLine.screenshot)
         m_screenshot = std::make_unique<Screenshot>(*m_app, *m_window, m_scheduler, *commandLine.screenshot);
 }

@@ -27,8 +27,8 @@ void prepareToolkit();
 
 class LedgerlyApp {
 public:
-    /// Needs a QApplication. Restores the session and shows the window.
-    LedgerlyApp(const CommandLine& commandLine, TerminationSignals& signals);
+    /// Needs a QApplication. Restores the session and shows the window. What it is given outlives it.
+    LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler, TerminationSignals& signals);
     ~LedgerlyApp();
     LedgerlyApp(const LedgerlyApp&) = delete;
     LedgerlyApp& operator=(const LedgerlyApp&) = delete;
@@ -36,10 +36,10 @@ public:
     int run(); ///< until the program ends; the exit code
 
 private:
+    QtScheduler& m_scheduler;
     // In the order in which they need each other.
     PosixFileSystem m_files;
     SystemLog m_log;
-    QtScheduler m_scheduler;
     StandardPaths m_paths;
     RecoveryStore m_recovery;
     DocumentWriter m_writer;
@@ -51,6 +51,7 @@ private:
     AppDelegate m_delegate;
     std::unique_ptr<AppState> m_app;
     std::unique_ptr<ContentView> m_window;
+    Task m_signalWatch;
     std::unique_ptr<Screenshot> m_screenshot; ///< when one was asked for
 };
 

@@ -52,7 +52,7 @@ QFont systemFont(double pixels, QFont::Weight weight)
 
 QFont monospacedFont(double pixels)
 {
-    return withPixelSize(QFontDatabase::systemFont(QFontDatabase::FixedFont), pixels);
+    return editorFont({}, pixels);
 }
 
 QColor color(ThemeColor name)

@@ -57,17 +57,16 @@ TerminationSignals::~TerminationSignals()
     // Whoever still wants to end the program may: everything is written by now.
     for (const int signal : endingSignals)
         std::signal(signal, SIG_DFL);
-    m_watch.cancel();
     ::close(m_readEnd);
     ::close(writeEnd);
     writeEnd = -1;
 }
 
-void TerminationSignals::listen(Scheduler& scheduler, std::function<void()> terminate)
+Task TerminationSignals::listen(Scheduler& scheduler, std::function<void()> terminate)
 {
     if (m_readEnd < 0)
-        return;
-    m_watch = scheduler.watchDescriptor(m_readEnd, [end = m_readEnd, terminate = std::move(terminate)] {
+        return {};
+    return scheduler.watchDescriptor(m_readEnd, [end = m_readEnd, terminate = std::move(terminate)] {
         char bytes[16];
         while (::read(end, bytes, sizeof bytes) > 0) {}
         terminate();

@@ -17,11 +17,11 @@ public:
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
-    void listen(Scheduler& scheduler, std::function<void()> terminate);
+    /// Calls `terminate` for signals as long as the Task is kept, which must go before this does.
+    [[nodiscard]] Task listen(Scheduler& scheduler, std::function<void()> terminate);
 
 private:
     int m_readEnd = -1;
-    Task m_watch;
 };
 
 } // namespace quillmark

@@ -2,6 +2,7 @@
 #include "app/LedgerlyApp.h"
 #include "app/RecoveredList.h"
 #include "app/TerminationSignals.h"
+#include "desktop/Fonts.h"
 
 #include <QApplication>
 
@@ -33,6 +34,8 @@ int printRecovered()
 int runProgram(char* programName, const CommandLine& commandLine)
 {
     TerminationSignals signals;
+    QtScheduler scheduler;
+    readFontList(scheduler);
     // The toolkit sees its own arguments only: no file is taken for an option of it.
     std::vector<std::string> values = commandLine.toolkitArguments;
     std::vector<char*> arguments{programName};
@@ -43,7 +46,7 @@ int runProgram(char* programName, const CommandLine& commandLine)
 
     prepareToolkit();
     const QApplication application(count, arguments.data());
-    LedgerlyApp ledgerly(commandLine, signals);
+    LedgerlyApp ledgerly(commandLine, scheduler, signals);
     return ledgerly.run();
 }
 

@@ -5,6 +5,7 @@
 #include <QScreen>
 
 #include <cmath>
+#include <fontconfig/fontconfig.h>
 
 namespace quillmark {
 
@@ -36,6 +37,12 @@ QFont editorFont(std::string_view name, double size)
     QFont font = named ? QFont(toQString(name)) : monospacedFont();
     font.setStyleHint(QFont::Monospace); // for the characters that the font lacks
     return withPixelSize(std::move(font), size);
+}
+
+void readFontList(Scheduler& scheduler)
+{
+    // Whoever initialises second waits for the first; Qt does so before its first text.
+    scheduler.runInBackground(Priority::userInitiated, [] { FcInit(); });
 }
 
 QFont withPixelSize(QFont font, double size)

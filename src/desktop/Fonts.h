@@ -1,6 +1,8 @@
 // Which font the editor's settings mean.
 #pragma once
 
+#include "base/Scheduler.h"
+
 #include <QFont>
 
 #include <string_view>
@@ -14,5 +16,9 @@ bool isFontInstalled(std::string_view name); ///< a family of exactly this name
 QFont editorFont(std::string_view name, double size);
 
 QFont withPixelSize(QFont font, double size); ///< fractions included
+
+/// Reads the list of installed fonts in the background, where it costs no time at start: the first text finds
+/// it ready. May be called before there is a QApplication.
+void readFontList(Scheduler& scheduler);
 
 } // namespace quillmark

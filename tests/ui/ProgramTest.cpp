@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/RecoveredList.h"
 #include "app/TerminationSignals.h"
+#include "app/window/FileDetails.h"
 #include "support/ManualScheduler.h"
 
 #include <gtest/gtest.h>
@@ -58,10 +59,10 @@ TEST(CommandLine, SaysWhatIsWrong)
 TEST(TerminationSignals, ArriveOnTheMainThread)
 {
     ManualScheduler scheduler;
-    TerminationSignals signals;
+    TerminationSignals endings;
     int ends = 0;
     ::raise(SIGTERM); // before anybody listens
-    signals.listen(scheduler, [&] { ++ends; });
+    const Task watch = endings.listen(scheduler, [&] { ++ends; });
     EXPECT_TRUE(scheduler.triggerDescriptors());
     EXPECT_EQ(ends, 1);
     ::raise(SIGINT);
@@ -81,6 +82,17 @@ TEST(RecoveredList, OneLineForEachText)
     EXPECT_EQ(std::ranges::count(lines, '\n'), 2);
     EXPECT_NE(lines.find("7 Б  /r/b.txt\n"), std::string::npos);
     EXPECT_NE(lines.find("1000000 Б  /r/a.txt\n"), std::string::npos);
+}
+
+TEST(FileDetails, SizesAreRussianAndShort)
+{
+    const auto text
+        = [](int64_t bytes) { return fileSizeText(bytes).replace(QChar::Nbsp, u' ').toStdString(); };
+    EXPECT_EQ(text(0), "0 Б");
+    EXPECT_EQ(text(1023), "1 023 Б");
+    EXPECT_EQ(text(1229), "1,2 КБ");
+    EXPECT_EQ(text(640 * 1024 * 1024), "640 МБ");
+    EXPECT_EQ(text(int64_t(5) << 40), "5,0 ТБ");
 }
 
 } // namespace
