@@ -1,6 +1,7 @@
 #include "app/Style.h"
 
 #include "app/StylePaint.h"
+#include "app/SymbolIcon.h"
 
 #include <QMenu>
 #include <QStyleFactory>
@@ -68,6 +69,35 @@ int Style::styleHint(
     }
 }
 
+QIcon Style::standardIcon(StandardPixmap icon, const QStyleOption* option, const QWidget* widget) const
+{
+    switch (icon) {
+    case SP_ArrowBack:
+        return symbolIcon("chevron.left");
+    case SP_ArrowForward:
+        return symbolIcon("chevron.right");
+    case SP_FileDialogToParent:
+        return symbolIcon("arrow.up");
+    case SP_FileDialogNewFolder:
+        return symbolIcon("folder.badge.plus");
+    case SP_FileDialogListView:
+        return symbolIcon("square.grid.2x2");
+    case SP_FileDialogDetailedView:
+        return symbolIcon("list.bullet");
+    case SP_DirIcon:
+        return symbolIcon("folder");
+    case SP_DirHomeIcon:
+        return symbolIcon("house");
+    case SP_FileIcon:
+        return symbolIcon("doc");
+    case SP_ComputerIcon:
+    case SP_DriveHDIcon:
+        return symbolIcon("desktopcomputer");
+    default:
+        return QProxyStyle::standardIcon(icon, option, widget);
+    }
+}
+
 QSize Style::sizeFromContents(
     ContentsType type, const QStyleOption* option, const QSize& size, const QWidget* widget) const
 {
@@ -131,10 +161,12 @@ void Style::drawControl(
         if (menuItem)
             return paintMenuItem(*painter, *menuItem);
         break;
-    case CE_MenuEmptyArea:
-        return;
     case CE_HeaderSection:
+    case CE_HeaderEmptyArea:
         return paintHeader(*painter, option->rect);
+    case CE_MenuEmptyArea:
+    case CE_Splitter:
+        return;
     default:
         break;
     }

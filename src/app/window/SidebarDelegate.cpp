@@ -12,7 +12,8 @@ constexpr double groundInset = 8; ///< from the edges of the sidebar to the grou
 constexpr double textInset = 10; ///< from the ground to the text
 constexpr double groundRadius = 6;
 constexpr double fileSymbolBox = 14;
-constexpr double fileSymbolGap = 6;
+constexpr double fileSymbolGap = 4;
+constexpr double symbolBearing = 2; ///< from the edge of a symbol's box to its strokes
 constexpr double activeDot = 5;
 
 void paintGround(QPainter& painter, const QRectF& rect, const QColor& ground)
@@ -75,7 +76,8 @@ void SidebarDelegate::paintHeader(QPainter& painter, const QRectF& rect, const Q
 void SidebarDelegate::paintFile(
     QPainter& painter, const QRectF& rect, const QModelIndex& index, bool isActive) const
 {
-    const QRectF symbol(rect.left(), rect.center().y() - fileSymbolBox / 2, fileSymbolBox, fileSymbolBox);
+    const QRectF symbol(
+        rect.left() - symbolBearing, rect.center().y() - fileSymbolBox / 2, fileSymbolBox, fileSymbolBox);
     drawSymbol(painter, "doc", symbol, color(ThemeColor::secondaryText));
     QRectF text = rect.adjusted(fileSymbolBox + fileSymbolGap, 0, 0, 0);
     if (isActive) {

@@ -10,7 +10,8 @@ namespace {
 
 constexpr double groundRadius = 5;
 constexpr double labelInset = 10;
-constexpr double labelGap = 8;
+constexpr double labelGap = 6;
+constexpr double symbolBearing = 2; ///< from the edge of a symbol's box to its strokes
 constexpr double labelSize = 13;
 
 } // namespace
@@ -68,7 +69,7 @@ void SymbolButton::paintEvent(QPaintEvent*)
     QRectF box(0, 0, m_symbolSize, m_symbolSize);
     box.moveCenter(QRectF(rect()).center());
     if (!text().isEmpty())
-        box.moveLeft(labelInset);
+        box.moveLeft(labelInset - symbolBearing);
     drawSymbol(painter, m_symbol, box, color(ThemeColor::secondaryText));
     if (text().isEmpty())
         return;
