@@ -19,15 +19,21 @@ constexpr int64_t keptLongSegments = 16;
 } // namespace
 
 struct LayoutManager::Impl {
+    Impl(TextStorage& storageToFollow, Shaper& shaperToUse)
+        : storage(storageToFollow)
+        , shaper(shaperToUse)
+    {
+    }
+
     TextStorage& storage;
     Shaper& shaper;
     double width = 0;
-    RowMetrics metrics{};
+    RowMetrics metrics;
     int64_t visibleRows = 1;
-    RowMap rows{};
-    LayoutCache cache{};
-    Signal<Row, int64_t> rowsMoved{};
-    Connection edits{};
+    RowMap rows;
+    LayoutCache cache;
+    Signal<Row, int64_t> rowsMoved;
+    Connection edits;
 
     double wrapWidth() const { return width > 0 ? width : noWrapWidth; }
     int64_t columns() const;
@@ -92,7 +98,7 @@ Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
 }
 
 LayoutManager::LayoutManager(TextStorage& storage, Shaper& shaper)
-    : m_impl(new Impl{.storage = storage, .shaper = shaper})
+    : m_impl(std::make_unique<Impl>(storage, shaper))
 {
     m_impl->layOutAnew();
     m_impl->edits = storage.onEdit(

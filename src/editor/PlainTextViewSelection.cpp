@@ -13,14 +13,14 @@ namespace {
 
 constexpr int64_t longestPrimarySelection = 1'000'000; ///< units; copying more at each drag would be felt
 
-/// How far a drag outside the visible area scrolls at once: the farther outside, the farther.
+/// How many whole pixels a drag outside the visible area scrolls at once: the farther outside, the more.
 double autoscrollStep(double y, double height, double rowHeight)
 {
     const double outside = y < 0 ? y : std::max(0.0, y - height);
     if (outside == 0)
         return 0;
-    return std::copysign(
-        std::min(rowHeight / 4 + std::abs(outside) / 2, std::max(height, rowHeight)), outside);
+    const double step = std::min(rowHeight / 4 + std::abs(outside) / 2, std::max(height, rowHeight));
+    return std::copysign(std::round(step), outside);
 }
 
 } // namespace

@@ -62,9 +62,9 @@ void RowMap::rebuild(const Rope& text, int64_t columns)
     m_runs = SumTree<RowRun>(runs.all());
 }
 
-int64_t RowMap::estimatedRows(int64_t units) const
+int32_t RowMap::estimatedRows(int64_t units) const
 {
-    return units <= m_columns ? 1 : (units + m_columns - 1) / m_columns;
+    return units <= m_columns ? 1 : static_cast<int32_t>((units + m_columns - 1) / m_columns);
 }
 
 /// The runs of a stretch of text that begins and ends at borders of pieces.
@@ -78,7 +78,7 @@ void RowMap::appendLines(
             return runs.add({.lines = 1, .rows = estimatedRows(part.length)});
         int64_t lines = continuesLine ? 0 : 1;
         for (const int64_t length : segmentLengths(text, part)) {
-            runs.add({.lines = lines, .rows = estimatedRows(length), .units = length});
+            runs.add({.lines = lines, .rows = estimatedRows(length), .units = static_cast<int16_t>(length)});
             lines = 0;
         }
     });
@@ -137,7 +137,7 @@ RowMap::Piece RowMap::pieceAt(Line line, int64_t length, int64_t offset, Affinit
         .index = segment.index};
 }
 
-void RowMap::setMeasured(const Piece& piece, int64_t rows)
+void RowMap::setMeasured(const Piece& piece, int rows)
 {
     if (piece.isMeasured && piece.rows == rows)
         return;

@@ -24,8 +24,8 @@ struct RowRun {
     };
 
     int64_t lines = 0; ///< how many; of segments, the first one of its line counts 1 and the others 0
-    int64_t rows = 1; ///< of each line, or of the segment
-    int64_t units = 0; ///< of a segment; 0 when these are lines
+    int32_t rows = 1; ///< of each line, or of the segment
+    int16_t units = 0; ///< of a segment; 0 when these are lines
     bool isMeasured = false;
 
     bool isSegment() const { return units > 0; }
@@ -78,7 +78,7 @@ public:
     /// The piece that shows the caret at an offset in a line of `length` units; between two the affinity
     /// decides.
     Piece pieceAt(Line line, int64_t length, int64_t offset, Affinity affinity) const;
-    void setMeasured(const Piece& piece, int64_t rows);
+    void setMeasured(const Piece& piece, int rows);
 
     /// The first broken rule in words; empty when the map fits the text. Walks the text: for tests.
     std::string checkInvariants(const Rope& text) const;
@@ -87,7 +87,7 @@ private:
     class Runs;
     struct Edge;
 
-    int64_t estimatedRows(int64_t units) const;
+    int32_t estimatedRows(int64_t units) const;
     void appendLines(
         Runs& runs, const Rope& text, Range range, bool startsInsideLine, bool endsInsideLine) const;
     Edge edgeAt(const Rope& text, int64_t offset) const;

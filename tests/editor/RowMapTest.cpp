@@ -180,7 +180,8 @@ TEST(RowMap, AddsUpAfterRandomEdits)
         ASSERT_EQ(mapped.map.rowCount() - rows, change.changeInRows);
         const Line line{random.below(mapped.text.lineCount())};
         const int64_t offset = random.below(mapped.text.lineRange(line).length + 1);
-        mapped.map.setMeasured(mapped.pieceAt(line, offset, Affinity::upstream), 1 + random.below(4));
+        mapped.map.setMeasured(
+            mapped.pieceAt(line, offset, Affinity::upstream), static_cast<int>(1 + random.below(4)));
         if (step % 10 == 0)
             ASSERT_NO_FATAL_FAILURE(mapped.expectConsistent()) << "step " << step;
         else
