@@ -65,7 +65,7 @@ Descriptor::~Descriptor()
 
 bool permitsWriting(const FileInfo& info, uint32_t group)
 {
-    const uid_t user = geteuid();
+    static const uid_t user = geteuid(); // asked once: a listing comes here for every entry
     if (user == 0)
         return info.mode & (S_IWUSR | S_IWGRP | S_IWOTH);
     if (user == info.owner)

@@ -37,7 +37,7 @@ Result<Path> FakeFileSystem::follow(const Path& path) const
         Path reached = "/";
         NodePointer node = m_root;
         bool jumped = false;
-        for (auto part = ++pending.begin(); part != pending.end() && !jumped; ++part) {
+        for (auto part = ++pending.begin(); part != pending.end(); ++part) {
             if (node && node->info.kind != FileInfo::Kind::folder)
                 return systemFailure(ENOTDIR);
             if (!node)
@@ -50,6 +50,7 @@ Result<Path> FakeFileSystem::follow(const Path& path) const
                     rest /= *next;
                 pending = clean(rest);
                 jumped = true;
+                break; // `part` belonged to the old path
             }
             reached /= *part;
         }
