@@ -44,7 +44,7 @@ TEST_F(CommandsTest, FilesAndTabs)
     type("words");
     run("file.newTab");
     EXPECT_EQ(app->tabs->size(), 2u);
-    chosen = {"/tmp/a", "/tmp/b"};
+    chosen = {"/docs/a", "/docs/b"};
     run("file.open");
     EXPECT_EQ(titles(), (Strings{"words", "Untitled", "a", "b"}));
     EXPECT_EQ(activeIndex(), 3u);

@@ -10,14 +10,14 @@ constexpr int64_t limit = 20 * 1024 * 1024;
 
 TEST_F(LoadingTest, FromHalfAMegabyteOnInTheBackground)
 {
-    disk.putFile("/tmp/small", std::string(half - 1, 's'));
-    disk.putFile("/tmp/large", std::string(half, 'l'));
+    disk.putFile("/docs/small", std::string(half - 1, 's'));
+    disk.putFile("/docs/large", std::string(half, 'l'));
     start();
-    open("/tmp/small");
+    open("/docs/small");
     EXPECT_FALSE(app->isLoading.get());
     EXPECT_EQ(view.text().length(), half - 1);
 
-    open("/tmp/large");
+    open("/docs/large");
     EXPECT_TRUE(app->isLoading.get());
     EXPECT_EQ(shown(), "") << "never the previous tab's text";
     scheduler.settle();
@@ -27,11 +27,11 @@ TEST_F(LoadingTest, FromHalfAMegabyteOnInTheBackground)
 
 TEST_F(LoadingTest, ALargeFileThatWasLeftNeverShows)
 {
-    disk.putFile("/tmp/large", std::string(half, 'l'));
-    disk.putFile("/tmp/other", "other");
+    disk.putFile("/docs/large", std::string(half, 'l'));
+    disk.putFile("/docs/other", "other");
     start();
-    open("/tmp/large");
-    open("/tmp/other");
+    open("/docs/large");
+    open("/docs/other");
     scheduler.settle();
     EXPECT_EQ(shown(), "other");
 
@@ -42,30 +42,30 @@ TEST_F(LoadingTest, ALargeFileThatWasLeftNeverShows)
     EXPECT_TRUE(app->isLoading.get());
     scheduler.settle();
     EXPECT_EQ(view.text().length(), half);
-    EXPECT_EQ(disk.bytes("/tmp/other"), "other");
+    EXPECT_EQ(disk.bytes("/docs/other"), "other");
 }
 
 TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
 {
     const std::string bytes(half, 'l');
-    disk.putFile("/tmp/large", bytes);
+    disk.putFile("/docs/large", bytes);
     start();
-    open("/tmp/large");
+    open("/docs/large");
     type("into the empty text that stands in for it");
     EXPECT_FALSE(app->isDirty.get());
     app->flushSave(AppState::AllowBackground::no);
     quit();
-    EXPECT_EQ(disk.bytes("/tmp/large"), bytes);
+    EXPECT_EQ(disk.bytes("/docs/large"), bytes);
 }
 
 TEST_F(LoadingTest, AboveTwentyMegabytesReadOnly)
 {
-    disk.putFile("/tmp/at", std::string(limit, 'x'));
-    disk.putFile("/tmp/above", std::string(limit + 1, 'x'));
+    disk.putFile("/docs/at", std::string(limit, 'x'));
+    disk.putFile("/docs/above", std::string(limit + 1, 'x'));
     start();
-    open("/tmp/at");
+    open("/docs/at");
     EXPECT_FALSE(app->isReadOnly.get());
-    open("/tmp/above");
+    open("/docs/above");
     EXPECT_TRUE(app->isReadOnly.get());
     select(0);
     EXPECT_FALSE(app->isReadOnly.get());
@@ -73,20 +73,20 @@ TEST_F(LoadingTest, AboveTwentyMegabytesReadOnly)
 
 TEST_F(LoadingTest, FactsAndLanguageOfTheFile)
 {
-    disk.putFile("/tmp/win.txt", "\xcf\xf0\xe8\xe2\xe5\xf2\r\n");
-    disk.putFile("/tmp/x.py", "pass");
-    disk.putFile("/tmp/script", "#!/usr/bin/env python3\n");
+    disk.putFile("/docs/win.txt", "\xcf\xf0\xe8\xe2\xe5\xf2\r\n");
+    disk.putFile("/docs/x.py", "pass");
+    disk.putFile("/docs/script", "#!/usr/bin/env python3\n");
     start();
-    open("/tmp/win.txt");
+    open("/docs/win.txt");
     EXPECT_EQ(shown(), "Привет\n");
     EXPECT_EQ(app->encodingName.get(), "CP1251");
     EXPECT_EQ(app->lineEndings.get(), "CRLF");
     EXPECT_EQ(app->syntaxLanguage.get(), Language::plain);
-    open("/tmp/x.py");
+    open("/docs/x.py");
     EXPECT_EQ(app->syntaxLanguage.get(), Language::python);
     EXPECT_EQ(app->encodingName.get(), "UTF-8");
     app->activeTab()->languageOverride = Language::plain;
-    open("/tmp/script");
+    open("/docs/script");
     EXPECT_EQ(app->syntaxLanguage.get(), Language::python) << "by its content";
     select(2);
     EXPECT_EQ(app->syntaxLanguage.get(), Language::plain) << "as the user chose";
@@ -94,14 +94,14 @@ TEST_F(LoadingTest, FactsAndLanguageOfTheFile)
 
 TEST_F(LoadingTest, WhatCannotBeReadIsAnEmptyDocumentThatIsNeverWrittenOver)
 {
-    disk.putFile("/tmp/locked", "secret");
-    disk.setMode("/tmp/locked", 0200);
-    disk.putFile("/tmp/broken", "on a bad sector");
+    disk.putFile("/docs/locked", "secret");
+    disk.setMode("/docs/locked", 0200);
+    disk.putFile("/docs/broken", "on a bad sector");
     disk.failAlways(DiskOperation::read, EIO, "broken");
-    disk.putFolder("/tmp/folder");
-    disk.putDevice("/tmp/pipe");
+    disk.putFolder("/docs/folder");
+    disk.putDevice("/docs/pipe");
     start();
-    for (const char* path : {"/tmp/locked", "/tmp/broken", "/tmp/folder", "/tmp/pipe"}) {
+    for (const char* path : {"/docs/locked", "/docs/broken", "/docs/folder", "/docs/pipe"}) {
         open(path);
         EXPECT_EQ(shown(), "");
         EXPECT_EQ(app->encodingName.get(), "UTF-8");
@@ -115,38 +115,38 @@ TEST_F(LoadingTest, WhatCannotBeReadIsAnEmptyDocumentThatIsNeverWrittenOver)
     disk.heal();
     app->flushSave(AppState::AllowBackground::no);
     quit();
-    EXPECT_EQ(disk.bytes("/tmp/locked"), "secret");
-    EXPECT_EQ(disk.bytes("/tmp/broken"), "on a bad sector");
-    EXPECT_EQ(disk.infoOf("/tmp/pipe").kind, FileInfo::Kind::other);
-    EXPECT_EQ(kept(), (Strings{"/tmp/broken", "/tmp/folder", "/tmp/locked", "/tmp/pipe"}));
+    EXPECT_EQ(disk.bytes("/docs/locked"), "secret");
+    EXPECT_EQ(disk.bytes("/docs/broken"), "on a bad sector");
+    EXPECT_EQ(disk.infoOf("/docs/pipe").kind, FileInfo::Kind::other);
+    EXPECT_EQ(kept(), (Strings{"/docs/broken", "/docs/folder", "/docs/locked", "/docs/pipe"}));
 }
 
 TEST_F(LoadingTest, AFileThatCouldNotBeReadMayBeMadeAgainOnceItIsGone)
 {
-    disk.putFile("/tmp/locked", "secret");
-    disk.setMode("/tmp/locked", 0200);
+    disk.putFile("/docs/locked", "secret");
+    disk.setMode("/docs/locked", 0200);
     start();
-    open("/tmp/locked");
+    open("/docs/locked");
     type("words");
-    disk.erase("/tmp/locked");
+    disk.erase("/docs/locked");
     app->flushSave(AppState::AllowBackground::no);
-    EXPECT_EQ(disk.bytes("/tmp/locked"), "words");
+    EXPECT_EQ(disk.bytes("/docs/locked"), "words");
     EXPECT_FALSE(app->isDirty.get());
 }
 
 TEST_F(LoadingTest, AMissingFileIsMadeByItsFirstSave)
 {
-    disk.putFolder("/tmp");
+    disk.putFolder("/docs");
     start();
-    open("/tmp/missing.txt");
-    open("/tmp/d\xFF.txt");
+    open("/docs/missing.txt");
+    open("/docs/d\xFF.txt");
     EXPECT_EQ(titles(), (Strings{"Untitled", "missing.txt", "d\uFFFD.txt"}));
     type("two");
     select(1);
     type("one");
     scheduler.advance(1s);
-    EXPECT_EQ(disk.bytes("/tmp/missing.txt"), "one");
-    EXPECT_EQ(disk.bytes("/tmp/d\xFF.txt"), "two");
+    EXPECT_EQ(disk.bytes("/docs/missing.txt"), "one");
+    EXPECT_EQ(disk.bytes("/docs/d\xFF.txt"), "two");
 
     open("/nowhere/at/all.txt");
     type("three");
@@ -158,21 +158,21 @@ TEST_F(LoadingTest, AMissingFileIsMadeByItsFirstSave)
 
 TEST_F(LoadingTest, AFileWhoseSizeLies)
 {
-    disk.putFile("/tmp/grows", "abc");
+    disk.putFile("/docs/grows", "abc");
     disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation == DiskOperation::read && call.path == "/tmp/grows")
-            disk.putFile("/tmp/grows", std::string(half, 'g'));
+        if (call.operation == DiskOperation::read && call.path == "/docs/grows")
+            disk.putFile("/docs/grows", std::string(half, 'g'));
     });
     start();
-    open("/tmp/grows");
+    open("/docs/grows");
     EXPECT_EQ(view.text().length(), half);
 
-    disk.putFile("/tmp/shrinks", std::string(half, 's'));
+    disk.putFile("/docs/shrinks", std::string(half, 's'));
     disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation == DiskOperation::read && call.path == "/tmp/shrinks")
-            disk.putFile("/tmp/shrinks", "s");
+        if (call.operation == DiskOperation::read && call.path == "/docs/shrinks")
+            disk.putFile("/docs/shrinks", "s");
     });
-    open("/tmp/shrinks");
+    open("/docs/shrinks");
     scheduler.settle();
     EXPECT_EQ(shown(), "s");
 }
@@ -185,7 +185,7 @@ TEST_F(LoadingTest, ANoteWithoutARecordIsEmptyAndItsWordsAreKept)
     app->store.notes.set({});
     scheduler.advance(2s);
     EXPECT_TRUE(app->isDirty.get());
-    open("/tmp/other");
+    open("/docs/other");
     EXPECT_EQ(kept(), (Strings{"words A"}));
     select(0);
     EXPECT_EQ(shown(), "");
@@ -193,9 +193,9 @@ TEST_F(LoadingTest, ANoteWithoutARecordIsEmptyAndItsWordsAreKept)
 
 TEST_F(LoadingTest, LargeTextsAreTakenApartInTheBackground)
 {
-    disk.putFile("/tmp/large", std::string(half, 'l'));
+    disk.putFile("/docs/large", std::string(half, 'l'));
     start();
-    open("/tmp/large");
+    open("/docs/large");
     scheduler.settle();
     select(0);
     EXPECT_GE(scheduler.queuedBackgroundJobs(), 1u);

@@ -11,6 +11,7 @@ namespace quillmark::test {
 namespace {
 
 constexpr int worlds = 60;
+constexpr size_t longest = 300; // of a text in a story
 constexpr int steps = 150; // few enough that the recovery folder drops nothing
 
 /// The numbers of the sentences "<n>" in a text.
@@ -27,14 +28,8 @@ public:
     explicit User(Random& random)
         : m_random(random)
     {
-        for (const char* file : {"/tmp/a.txt", "/tmp/b.md", "/tmp/c"})
+        for (const char* file : {"/docs/a.txt", "/docs/b.md", "/docs/c"})
             disk.putFile(file, "");
-        trash.~RecordingTrash();
-        new (&trash) RecordingTrash([this](const Path& file) {
-            if (const auto bytes = disk.bytes(file))
-                disk.putFile(Path("/trash") / std::to_string(m_next++), *bytes);
-            disk.erase(file);
-        });
         start();
     }
 
@@ -69,54 +64,48 @@ public:
         };
         if (app)
             tick(shown());
-        for (const char* folder : {notes, recovered, journal, "/tmp", "/trash"}) {
+        for (const char* folder : {notes, recovered, journal, "/docs", wastebasket}) {
             for (const std::string& text : textsIn(folder))
                 tick(text);
         }
         return missing;
     }
 
-    std::string history;
-    void dump() const
+    /// What he did, and what is on the disk, for a failure.
+    std::string story() const
     {
-        std::printf("shown: [%s]\n", shown().substr(0, 300).c_str());
-        for (const char* folder : {notes, recovered, "/tmp", "/trash", journal})
+        std::string result = m_history + "\nshown: " + shown().substr(0, longest);
+        for (const char* folder : {notes, recovered, journal, "/docs", wastebasket})
             for (const std::string& name : disk.names(folder))
-                std::printf("%s/%s: [%s]\n", folder, name.c_str(),
-                    disk.bytes(Path(folder) / name).value_or("?").substr(0, 300).c_str());
+                result += "\n" + std::string(folder) + "/" + name + ": "
+                    + disk.bytes(Path(folder) / name).value_or("").substr(0, longest);
         for (const std::string& line : log.lines())
-            std::printf("%s\n", line.c_str());
+            result += "\n" + line;
+        return result;
     }
 
 private:
-    void note(std::string what) { history += what + "; "; }
+    void note(std::string what) { m_history += what + "; "; }
     void forget(std::string_view text)
     {
         for (const int n : sentencesIn(text))
             m_sentences.erase(n);
     }
 
+    /// Anywhere, but not inside of another sentence.
     void typeSentence()
     {
         if (!view.isEditable() || app->isLoading.get())
             return;
-        view.select({.anchor = m_random.upTo(view.text().length()), .caret = 0});
-        view.select({.anchor = view.selection().anchor, .caret = view.selection().anchor});
+        constexpr std::u16string_view separators = u" \nx";
+        const std::u16string text = view.text().text();
+        int64_t at = m_random.upTo(static_cast<int64_t>(text.size()));
+        while (at > 0 && separators.find(text[static_cast<size_t>(at) - 1]) == separators.npos)
+            --at;
+        view.select({.anchor = at, .caret = at});
         m_sentences.insert(m_next);
         note("type " + std::to_string(m_next));
-        insertAtABreak("<" + std::to_string(m_next++) + ">" + (m_random.oneIn(3) ? "\n" : " "));
-    }
-
-    /// Not inside of another sentence.
-    void insertAtABreak(const std::string& text)
-    {
-        const std::u16string all = view.text().text();
-        size_t at = static_cast<size_t>(view.selection().caret);
-        while (
-            at > 0 && at < all.size() && all[at - 1] != u' ' && all[at - 1] != u'\n' && all[at - 1] != u'x')
-            --at;
-        view.select({.anchor = static_cast<int64_t>(at), .caret = static_cast<int64_t>(at)});
-        type(text);
+        type("<" + std::to_string(m_next++) + ">" + (m_random.oneIn(3) ? "\n" : " "));
     }
 
     void waitAWhile()
@@ -135,7 +124,7 @@ private:
     void openSomething()
     {
         note("open");
-        static constexpr std::array files = {"/tmp/a.txt", "/tmp/b.md", "/tmp/c", "/tmp/missing"};
+        static constexpr std::array files = {"/docs/a.txt", "/docs/b.md", "/docs/c", "/docs/missing"};
         const auto& all = *app->store.notes;
         if (m_random.oneIn(3))
             app->newNote();
@@ -165,7 +154,7 @@ private:
             = {DiskOperation::stat, DiskOperation::createNew, DiskOperation::read, DiskOperation::write,
                 DiskOperation::sync, DiskOperation::rename, DiskOperation::renameNoReplace,
                 DiskOperation::openForReading, DiskOperation::syncFolder, DiskOperation::fileInfo};
-        static constexpr std::array places = {"/tmp", "Notes", ""};
+        static constexpr std::array places = {"/docs", "Notes", ""};
         const auto operation = operations[static_cast<size_t>(m_random.below(operations.size()))];
         const char* place = places[static_cast<size_t>(m_random.below(places.size()))];
         note("break " + std::to_string(static_cast<int>(operation)) + " " + place);
@@ -247,6 +236,7 @@ private:
     }
 
     Random& m_random;
+    std::string m_history;
     std::set<int> m_sentences; ///< typed, and not deleted by the user
     int m_next = 1;
 };
@@ -260,17 +250,13 @@ TEST(RandomUser, LosesNoSentence)
             user.step();
             if (random.oneIn(10)) {
                 user.rest();
-                if (!user.lost().empty())
-                    user.dump();
-                ASSERT_EQ(user.lost(), std::set<int>()) << user.history;
+                ASSERT_EQ(user.lost(), std::set<int>()) << user.story();
             }
         }
         user.rest();
         user.quit();
-        ASSERT_EQ(user.lost(), std::set<int>()) << user.history;
-        if (!user.textsIn(World::journal).empty())
-            user.dump();
-        ASSERT_TRUE(user.textsIn(World::journal).empty()) << user.history;
+        ASSERT_EQ(user.lost(), std::set<int>()) << user.story();
+        ASSERT_TRUE(user.textsIn(World::journal).empty()) << user.story();
         ASSERT_LT(user.kept().size(), RecoveryStore::capacity);
     }
 }

@@ -15,14 +15,14 @@ struct SessionTest : AppTest {
 TEST_F(SessionTest, TabsComeBackInTheirOrder)
 {
     putNote("Plan.txt", "Plan");
-    disk.putFile("/tmp/a\xFF.txt", "A");
-    disk.putFile("/tmp/b.txt", "B");
+    disk.putFile("/docs/a\xFF.txt", "A");
+    disk.putFile("/docs/b.txt", "B");
     start();
-    open("/tmp/a\xFF.txt");
-    open("/tmp/b.txt");
+    open("/docs/a\xFF.txt");
+    open("/docs/b.txt");
     select(1);
     quit();
-    disk.move("/tmp/b.txt", "/tmp/renamed.txt");
+    disk.move("/docs/b.txt", "/docs/renamed.txt");
     start();
     EXPECT_EQ(titles(), (Strings{"Plan", "a\uFFFD.txt", "renamed.txt"}));
     EXPECT_EQ(activeIndex(), 1u);
@@ -63,20 +63,20 @@ TEST_F(SessionTest, TheRecordFollowsARenamedFile)
 TEST_F(SessionTest, WhatIsGoneIsLeftOut)
 {
     putNote("Plan.txt", "Plan");
-    disk.putFile("/tmp/a.txt", "A");
-    disk.putFile("/tmp/b.txt", "B");
+    disk.putFile("/docs/a.txt", "A");
+    disk.putFile("/docs/b.txt", "B");
     start();
-    open("/tmp/a.txt");
-    open("/tmp/b.txt");
-    open("/tmp/never made");
+    open("/docs/a.txt");
+    open("/docs/b.txt");
+    open("/docs/never made");
     quit();
-    disk.erase("/tmp/b.txt");
+    disk.erase("/docs/b.txt");
     disk.erase(note("Plan.txt"));
     start();
     EXPECT_EQ(titles(), (Strings{"a.txt"}));
     EXPECT_EQ(activeIndex(), 0u);
     quit();
-    disk.erase("/tmp/a.txt");
+    disk.erase("/docs/a.txt");
     start();
     EXPECT_EQ(titles(), (Strings{"Untitled"}));
 }
@@ -122,7 +122,7 @@ TEST_F(SessionTest, ANoteWithoutARecordKeepsItsPlaceOnly)
 {
     start();
     type("words");
-    open("/tmp/missing");
+    open("/docs/missing");
     app->store.notes.set({});
     app->saveSession();
     EXPECT_EQ(nlohmann::json::parse(*defaults.data(key)),
@@ -132,9 +132,9 @@ TEST_F(SessionTest, ANoteWithoutARecordKeepsItsPlaceOnly)
 TEST_F(SessionTest, NothingIsStoredBeforeTheStoredSessionWasRead)
 {
     putNote("Plan.txt", "Plan");
-    disk.putFile("/tmp/a", "A");
+    disk.putFile("/docs/a", "A");
     start();
-    open("/tmp/a");
+    open("/docs/a");
     quit();
     const auto stored = defaults.data(key);
     disk.setHook([&](const FakeFileSystem::Call&) { EXPECT_EQ(defaults.data(key), stored); });

@@ -22,12 +22,12 @@ TEST_F(TabsTest, TheFirstStartShowsAFreshNoteAndALaterOneTheNewestNote)
 
 TEST_F(TabsTest, OneTabForOneSource)
 {
-    disk.putFile("/tmp/a.txt", "A");
+    disk.putFile("/docs/a.txt", "A");
     start();
-    open("/tmp/a.txt");
+    open("/docs/a.txt");
     app->openNote(app->store.notes->front().id);
-    open("/tmp/./x/../a.txt");
-    open("/tmp//a.txt");
+    open("/docs/./x/../a.txt");
+    open("/docs//a.txt");
     EXPECT_EQ(titles(), (Strings{"Untitled", "a.txt"}));
     EXPECT_EQ(activeIndex(), 1u);
     app->openNote(Uuid::random());
@@ -51,8 +51,8 @@ TEST_F(TabsTest, NeighboursGoAroundTheEnds)
     start();
     app->selectAdjacentTab(+1);
     EXPECT_EQ(activeIndex(), 0u);
-    open("/tmp/a");
-    open("/tmp/b");
+    open("/docs/a");
+    open("/docs/b");
     app->selectAdjacentTab(+1);
     EXPECT_EQ(activeIndex(), 0u);
     app->selectAdjacentTab(-1);
@@ -74,7 +74,7 @@ TEST_F(TabsTest, ClosingActivatesTheTabThatTookThePlace)
 {
     start();
     type("note");
-    for (const char* file : {"/tmp/a", "/tmp/b", "/tmp/c"})
+    for (const char* file : {"/docs/a", "/docs/b", "/docs/c"})
         open(file);
     select(1);
     close(1);
@@ -92,10 +92,10 @@ TEST_F(TabsTest, ClosingActivatesTheTabThatTookThePlace)
 
 TEST_F(TabsTest, ClosingTheLastTabGivesAFreshNote)
 {
-    disk.putFile("/tmp/a", "A");
+    disk.putFile("/docs/a", "A");
     putNote("old.txt", "old");
     start();
-    open("/tmp/a");
+    open("/docs/a");
     close(0);
     close(0);
     EXPECT_EQ(titles(), (Strings{"Untitled"}));
@@ -176,7 +176,7 @@ TEST_F(TabsTest, LeavingANoteNamesItsFile)
 {
     start();
     type("Plan\nrest");
-    open("/tmp/a");
+    open("/docs/a");
     EXPECT_EQ(noteNames(), (Strings{"Plan.txt"}));
     EXPECT_EQ(titles(), (Strings{"Plan", "a"}));
     EXPECT_EQ(app->store.notes->front().url, note("Plan.txt"));
@@ -185,7 +185,7 @@ TEST_F(TabsTest, LeavingANoteNamesItsFile)
 TEST_F(TabsTest, IdsReadFromTheModelMayChangeUnderACall)
 {
     start();
-    open("/tmp/a");
+    open("/docs/a");
     app->closeTab(*app->activeTabID.get());
     EXPECT_EQ(titles(), (Strings{"Untitled"}));
     app->deleteNote(app->store.notes->front());

@@ -18,6 +18,7 @@ namespace quillmark::test {
 struct World {
     static constexpr const char* notes = "/home/u/Documents/Notes";
     static constexpr const char* recovered = "/home/u/state/recovered";
+    static constexpr const char* wastebasket = "/home/u/trash";
     static constexpr const char* journal = "/home/u/state/journal";
 
     ManualScheduler scheduler;
@@ -25,7 +26,12 @@ struct World {
     RecordingLog log;
     MemoryDefaults defaults;
     RecordingAppearance appearance;
-    RecordingTrash trash{[this](const Path& file) { disk.erase(file); }};
+    int trashed = 0;
+    RecordingTrash trash{[this](const Path& file) {
+        if (const auto bytes = disk.bytes(file))
+            disk.putFile(Path(wastebasket) / std::to_string(++trashed), *bytes);
+        disk.erase(file);
+    }};
     RecoveryStore recovery{disk, scheduler, log, recovered};
     DocumentWriter writer{disk, recovery, scheduler};
 
@@ -42,12 +48,13 @@ struct World {
         return names;
     }
 
-    /// The texts in a folder, sorted.
+    /// The texts in a folder, sorted; without what a failed save could not remove.
     std::vector<std::string> textsIn(const Path& folder) const
     {
         std::vector<std::string> texts;
         for (const std::string& name : disk.names(folder)) {
-            if (const auto bytes = disk.bytes(folder / name); bytes && !name.ends_with(".lock"))
+            if (const auto bytes = disk.bytes(folder / name);
+                bytes && !name.ends_with(".lock") && !isTemporaryName(name))
                 texts.push_back(*bytes);
         }
         std::ranges::sort(texts);
