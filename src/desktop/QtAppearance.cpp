@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 
 #include <utility>
 
@@ -19,6 +20,7 @@ constexpr QLatin1String settingGroup("org.freedesktop.appearance");
 constexpr QLatin1String settingKey("color-scheme");
 enum Preference : uint { noPreference = 0, prefersDark = 1, prefersLight = 2 };
 
+const QString connectionName = QStringLiteral("quillmark-appearance");
 constexpr int middleLightness = 128;
 
 } // namespace
@@ -63,6 +65,11 @@ QtAppearance::QtAppearance(Scheduler& scheduler)
     askDesktop();
 }
 
+QtAppearance::~QtAppearance()
+{
+    QDBusConnection::disconnectFromBus(connectionName);
+}
+
 void QtAppearance::apply(AppearanceMode mode)
 {
     m_mode = mode;
@@ -85,7 +92,10 @@ void QtAppearance::askDesktop()
 {
     // Reaching the bus takes some milliseconds, or long where it is broken: the window must not wait for it.
     m_connecting = m_scheduler.background(
-        Priority::utility, [](const CancelToken&) { return QDBusConnection::sessionBus(); },
+        Priority::utility,
+        [](const CancelToken&) {
+            return QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
+        },
         [this](const QDBusConnection& bus) {
             if (bus.isConnected())
                 listen(bus);
@@ -94,9 +104,10 @@ void QtAppearance::askDesktop()
 
 void QtAppearance::listen(QDBusConnection bus)
 {
-    // Naming the service here would make Qt wait for the bus to say who owns it.
+    // Naming the service here would make Qt wait for the bus to say who owns it; a slot that names the types
+    // of the arguments is refused where nobody has used those types before.
     bus.connect({}, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
-        SLOT(settingChanged(QString, QString, QDBusVariant)));
+        SLOT(settingChanged(QDBusMessage)));
 
     QDBusMessage question
         = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, QStringLiteral("Read"));
@@ -110,10 +121,11 @@ void QtAppearance::listen(QDBusConnection bus)
     });
 }
 
-void QtAppearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value)
+void QtAppearance::settingChanged(const QDBusMessage& change)
 {
-    if (group == settingGroup && key == settingKey)
-        takePreference(value.variant());
+    const QVariantList arguments = change.arguments();
+    if (arguments.size() == 3 && arguments[0] == QString(settingGroup) && arguments[1] == QString(settingKey))
+        takePreference(arguments[2]);
 }
 
 void QtAppearance::takePreference(QVariant value)

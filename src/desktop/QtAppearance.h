@@ -9,7 +9,7 @@
 
 #include <QColor>
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 #include <QPalette>
 
@@ -19,21 +19,22 @@ ThemeVariant variantOf(const QPalette& palette); ///< by how light the backgroun
 QColor themeColor(ThemeColor name, ThemeVariant variant);
 QPalette themePalette(ThemeVariant variant);
 
-/// Needs a QApplication. Main thread only.
+/// Needs a QApplication; one a process. Main thread only.
 class QtAppearance final : public QObject, public Appearance {
     Q_OBJECT
 
 public:
     explicit QtAppearance(Scheduler& scheduler);
+    ~QtAppearance() override;
 
-    /// Every widget has heard of its new palette when this returns. `system` is what the desktop's palette
-    /// says until the desktop has answered what it prefers.
+    /// Widgets are painted in the new colours from the next turn of the event loop on. `system` is what the
+    /// desktop's palette says until the desktop has answered what it prefers.
     void apply(AppearanceMode mode) override;
 
     Observable<ThemeVariant> variant{ThemeVariant::light}; ///< in effect; set after the palette
 
 private:
-    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    Q_SLOT void settingChanged(const QDBusMessage& change);
     void askDesktop();
     void listen(QDBusConnection bus);
     void takePreference(QVariant value);
