@@ -214,12 +214,43 @@ int XServer::mappedWindows()
     return count;
 }
 
+/// A window manager that is still starting can sleep over the first request to map a window until something
+/// else happens.
+void XServer::nudgeWindowManager()
+{
+    const char nothing = 0;
+    xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_screen->root, XCB_ATOM_CUT_BUFFER7,
+        XCB_ATOM_STRING, 8, 1, &nothing);
+    xcb_flush(m_connection);
+}
+
+xcb_window_t XServer::focusedWindow()
+{
+    const Reply<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    return focus ? focus->focus : XCB_NONE;
+}
+
+/// Whether it is a program's window rather than one of the window manager's own.
+bool XServer::hasClass(xcb_window_t window)
+{
+    const auto request = xcb_get_property(m_connection, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 64);
+    const Reply<xcb_get_property_reply_t> name(xcb_get_property_reply(m_connection, request, nullptr));
+    return name
+        && std::string_view(static_cast<const char*>(xcb_get_property_value(name.get())),
+               static_cast<size_t>(xcb_get_property_value_length(name.get())))
+               .find("uillmark")
+        != std::string_view::npos;
+}
+
 bool XServer::waitForWindow(pid_t program, Duration limit)
 {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     while (std::chrono::steady_clock::now() < deadline) {
-        if (mappedWindows() > 0)
+        const bool hasKeyboard = m_manager == 0 || hasClass(focusedWindow());
+        if (hasKeyboard && mappedWindows() > 0)
             return true;
+        nudgeWindowManager();
         if (!isRunning(program))
             return false;
         std::this_thread::sleep_for(5ms);

@@ -31,7 +31,9 @@ public:
     void type(std::string_view ascii); ///< printable ASCII, LF as Return
     void click(int x, int y, uint8_t button = 1);
 
-    bool waitForWindow(pid_t program, Duration limit); ///< until a top-level window of some size is mapped
+    /// Until a top-level window of some size is mapped and, where there is a window manager, has the
+    /// keyboard.
+    bool waitForWindow(pid_t program, Duration limit);
     /// Until a pixel in the upper left quarter of the screen has another colour than the bare root window.
     bool waitForPaint(Duration limit);
     bool waitForBareRoot(Duration limit); ///< until the window is gone again
@@ -42,6 +44,9 @@ private:
     void press(uint8_t keycode, bool down);
     uint8_t keycodeOf(uint32_t keysym, bool& shifted) const;
     void readKeyboard();
+    void nudgeWindowManager();
+    xcb_window_t focusedWindow();
+    bool hasClass(xcb_window_t window);
     bool waitForPixel(bool painted, Duration limit);
 
     pid_t m_server = 0;
