@@ -16,6 +16,7 @@ constexpr int menuItemHeight = 26;
 constexpr int menuSeparatorHeight = 9;
 constexpr int menuBarItemPadding = 10;
 constexpr int menuBarMargin = 8;
+constexpr int toolTipPadding = 5;
 constexpr int menuBarHeight = 28;
 constexpr int smallestThumb = 32;
 
@@ -42,6 +43,8 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
         return 0;
     case PM_MenuBarHMargin:
         return menuBarMargin;
+    case PM_ToolTipLabelFrameWidth:
+        return toolTipPadding;
     case PM_MenuHMargin:
     case PM_MenuVMargin:
         return 5;

@@ -132,6 +132,7 @@ TEST_F(Sidebar, ScrollsToTheActiveNoteOnly)
     window.show();
     const auto isVisible
         = [&] { return list().viewport()->rect().contains(list().visualRect(model().activeIndex())); };
+    EXPECT_EQ(list().verticalScrollBar()->value(), 0);
     EXPECT_TRUE(isVisible());
     window.app().openNote(window.app().store.notes->at(150).id);
     window.settle();

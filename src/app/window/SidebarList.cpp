@@ -38,7 +38,7 @@ void SidebarList::followActive()
     else if (!active.isValid())
         selectionModel()->clear();
     m_isFollowing = false;
-    if (active.isValid())
+    if (isVisible()) // until then it has no height that a row could be visible in
         scrollTo(active);
     viewport()->update();
 }
@@ -190,6 +190,13 @@ void SidebarList::paintEvent(QPaintEvent* event)
 void SidebarList::resizeEvent(QResizeEvent*)
 {
     updateGeometries();
+}
+
+void SidebarList::showEvent(QShowEvent* event)
+{
+    QListView::showEvent(event);
+    updateGeometries();
+    followActive();
 }
 
 void SidebarList::scrollContentsBy(int, int)
