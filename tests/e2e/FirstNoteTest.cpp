@@ -77,8 +77,8 @@ TEST(Signals, FlushWriteTheSessionAndEnd)
         Desk desk(&screen());
         desk.start();
         screen().type("last words");
-        std::this_thread::sleep_for(100ms); // far less than the delay of a save
-        EXPECT_EQ(desk.signal(number), 0) << number;
+        std::this_thread::sleep_for(400ms); // less than the delay of a save, enough for a busy machine
+        EXPECT_EQ(desk.signal(number), 0) << number << desk.log();
         EXPECT_EQ(contents(desk.notes() / "last words.txt"), "last words") << number;
         EXPECT_NE(
             contents(desk.home() / ".config/quillmark/settings.json").find("session.v1"), std::string::npos);
