@@ -163,7 +163,8 @@ void paintButton(QPainter& painter, const QStyleOption& option)
             fillRounded(painter, option.rect, menuGroundRadius, ground);
         return;
     }
-    const bool isDefault = button->features & QStyleOptionButton::DefaultButton;
+    const bool isDefault
+        = option.state & QStyle::State_Enabled && button->features & QStyleOptionButton::DefaultButton;
     strokeRounded(painter, option.rect, buttonRadius,
         color(isDefault ? ThemeColor::accent : ThemeColor::separator), ground);
 }
