@@ -41,6 +41,13 @@ QPixmap symbolPixmap(std::string_view name, int devicePixels, const QColor& colo
     return pixmap;
 }
 
+/// Rounds. Half a pixel, give or take the error of a few sums, always goes the same way: else a row would
+/// jump by a pixel between two paintings of the same place.
+double wholePixel(double place)
+{
+    return std::floor(place + 0.5 + 1e-4);
+}
+
 } // namespace
 
 QFont systemFont(double pixels, QFont::Weight weight)
@@ -75,8 +82,8 @@ QRectF snapped(const QPainter& painter, const QRectF& rect)
 {
     const QTransform toDevice = painter.deviceTransform();
     const QRectF device = toDevice.mapRect(rect);
-    const QPointF topLeft(std::round(device.left()), std::round(device.top()));
-    const QPointF bottomRight(std::round(device.right()), std::round(device.bottom()));
+    const QPointF topLeft(wholePixel(device.left()), wholePixel(device.top()));
+    const QPointF bottomRight(wholePixel(device.right()), wholePixel(device.bottom()));
     return toDevice.inverted().mapRect(QRectF(topLeft, bottomRight));
 }
 

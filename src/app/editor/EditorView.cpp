@@ -147,11 +147,12 @@ void EditorView::paintEvent(QPaintEvent* event)
     if (m_isRefreshPending)
         refresh(MayScroll::no);
     QPainter painter(this);
-    for (const QRect& rect : event->region())
-        painter.fillRect(rect, color(ThemeColor::background));
+    painter.fillRect(rect(), color(ThemeColor::background)); // cut to the region, to the pixel
     painter.setPen(color(ThemeColor::foreground));
     for (const FrameRow& row : m_frame.rows) {
-        if (event->region().intersects(QRectF(0, row.top, width(), m_frame.rowHeight).toAlignedRect()))
+        // At fractional scales the region reaches a part of a pixel further than it says.
+        const QRectF place(0, row.top - 1, width(), m_frame.rowHeight + 2);
+        if (event->region().intersects(place.toAlignedRect()))
             drawRow(painter, row);
     }
     drawCaret(painter);
@@ -193,7 +194,8 @@ void EditorView::drawCaret(QPainter& painter) const
         return;
     const double scale = painter.deviceTransform().m11();
     QRectF place = snapped(painter, *m_frame.caret);
-    place.setWidth(std::max(1.0, std::round(caretWidth * scale)) / scale); // the same wherever it stands
+    // The same wherever it stands; a wider one at 125 % would touch the letters beside it.
+    place.setWidth(std::max(1.0, std::floor(caretWidth * scale + 0.25)) / scale);
     painter.fillRect(place, color(ThemeColor::accent));
 }
 

@@ -110,7 +110,9 @@ void EditorView::wheelEvent(QWheelEvent* event)
 {
     const double ratio = devicePixelRatioF();
     m_wheelRest += wheelPixels(*event, m_shaper.metrics().height);
-    const double whole = std::trunc(m_wheelRest * ratio) / ratio; // only whole device pixels keep text sharp
+    // Only whole device pixels keep text sharp; the allowance is for sums that are whole but for an error of
+    // rounding.
+    const double whole = std::trunc(m_wheelRest * ratio + std::copysign(1e-6, m_wheelRest)) / ratio;
     m_wheelRest -= whole;
     if (whole != 0)
         m_text.scrollBy(-whole);
