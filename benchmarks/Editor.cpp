@@ -67,10 +67,10 @@ struct Editor final : PlainTextView::Delegate {
     int64_t moves = 0;
 };
 
-void keystroke(benchmark::State& state)
+void keystroke(benchmark::State& state, int64_t size)
 {
     Editor editor;
-    editor.view.setText(makeRope(state.range(0)));
+    editor.view.setText(makeRope(size));
     const int64_t middle = editor.view.text().length() / 2;
     editor.view.select({.anchor = middle, .caret = middle});
     editor.view.scrollToCaret();
@@ -80,14 +80,14 @@ void keystroke(benchmark::State& state)
         benchmark::DoNotOptimize(editor.view.visibleRows().data());
     }
 }
-BENCHMARK(keystroke)->Name("Keystroke/100KB")->Arg(small)->Unit(benchmark::kMicrosecond);
-BENCHMARK(keystroke)->Name("Keystroke/20MB")->Arg(large)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(keystroke, small, small)->Name("Keystroke/100KB")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(keystroke, large, large)->Name("Keystroke/20MB")->Unit(benchmark::kMicrosecond);
 
-void open(benchmark::State& state)
+void open(benchmark::State& state, int64_t size)
 {
     const test::TemporaryFolder folder;
     const Path path = folder / "text.txt";
-    std::ofstream(path, std::ios::binary) << makeText(state.range(0));
+    std::ofstream(path, std::ios::binary) << makeText(size);
     PosixFileSystem disk;
     std::optional<Editor> editor;
     for (auto _ : state) {
@@ -99,7 +99,7 @@ void open(benchmark::State& state)
         benchmark::DoNotOptimize(editor->view.visibleRows().data());
     }
 }
-BENCHMARK(open)->Name("Open/100KB")->Arg(small)->Unit(benchmark::kMillisecond);
-BENCHMARK(open)->Name("Open/20MB")->Arg(large)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, small, small)->Name("Open/100KB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, large, large)->Name("Open/20MB")->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -43,7 +43,7 @@ std::u16string makeText()
 struct Window {
     Window()
     {
-        view.resize(1600, 1000);
+        view.setFixedSize(1600, 1000); // also on a smaller screen
         view.textView().setText(Rope(makeText()));
         view.show();
         view.activateWindow();
