@@ -41,6 +41,7 @@ void installHandler(int signal)
 TerminationSignals::TerminationSignals()
 {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN); // a write beyond the limit of file sizes fails like any other
     int ends[2] = {-1, -1};
     if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
         return; // without descriptors the signals keep their default: the program ends at once
