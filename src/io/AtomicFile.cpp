@@ -36,12 +36,12 @@ Result<Temporary> createTemporary(FileSystem& disk, const Path& folder, uint32_t
 }
 
 /// Fills the file and returns once its bytes, all of them, are on the disk.
-Result<WrittenFile> fill(File& file, const FileContent& content, const std::function<Status()>& prepare)
+Result<WrittenFile> fill(File& file, const FileContent& content, const std::function<Status(File&)>& prepare)
 {
     const auto bytes = content(file);
     if (!bytes)
         return std::unexpected(bytes.error());
-    if (auto status = prepare(); !status)
+    if (auto status = prepare(file); !status)
         return std::unexpected(status.error());
     if (auto status = file.sync(); !status)
         return std::unexpected(status.error());
@@ -51,6 +51,27 @@ Result<WrittenFile> fill(File& file, const FileContent& content, const std::func
     if (info->size != *bytes)
         return systemFailure(ENOSPC);
     return WrittenFile{.info = *info, .bytes = *bytes};
+}
+
+/// Writes a file under a temporary name and gives it its own by `rename`; where that fails, nothing is left.
+Result<WrittenFile> publish(FileSystem& disk, const Path& folder, uint32_t mode, const FileContent& content,
+    const std::function<Status(File&)>& prepare, const std::function<Status(const Path&)>& rename)
+{
+    const auto temporary = createTemporary(disk, folder, mode);
+    if (!temporary)
+        return std::unexpected(temporary.error());
+    auto written = fill(*temporary->file, content, prepare);
+    if (written) {
+        if (auto status = rename(temporary->path); !status)
+            written = std::unexpected(status.error());
+    }
+    if (!written) {
+        static_cast<void>(disk.remove(temporary->path));
+        return written;
+    }
+    if (auto status = disk.syncFolder(folder); !status)
+        return std::unexpected(status.error());
+    return written;
 }
 
 } // namespace
@@ -100,43 +121,16 @@ FileContent contentOfFile(FileSystem& disk, const Path& path)
 
 Result<WrittenFile> replaceFile(FileSystem& disk, const Path& target, const FileContent& content)
 {
-    const Path folder = target.parent_path();
-    auto temporary = createTemporary(disk, folder, privateMode);
-    if (!temporary)
-        return std::unexpected(temporary.error());
-    auto written = fill(*temporary->file, content, [&] { return temporary->file->copyAttributes(target); });
-    if (written) {
-        if (auto status = disk.rename(temporary->path, target); !status)
-            written = std::unexpected(status.error());
-    }
-    if (!written) {
-        static_cast<void>(disk.remove(temporary->path));
-        return written;
-    }
-    if (auto status = disk.syncFolder(folder); !status)
-        return std::unexpected(status.error());
-    return written;
+    const auto copyAttributes = [&](File& temporary) { return temporary.copyAttributes(target); };
+    const auto rename = [&](const Path& temporary) { return disk.rename(temporary, target); };
+    return publish(disk, target.parent_path(), privateMode, content, copyAttributes, rename);
 }
 
 Result<WrittenFile> createFile(
     FileSystem& disk, const Path& target, uint32_t mode, const FileContent& content)
 {
-    const Path folder = target.parent_path();
-    auto temporary = createTemporary(disk, folder, mode);
-    if (!temporary)
-        return std::unexpected(temporary.error());
-    auto written = fill(*temporary->file, content, [] { return Status(); });
-    if (written) {
-        if (auto status = disk.renameNoReplace(temporary->path, target); !status)
-            written = std::unexpected(status.error());
-    }
-    if (!written) {
-        static_cast<void>(disk.remove(temporary->path));
-        return written;
-    }
-    if (auto status = disk.syncFolder(folder); !status)
-        return std::unexpected(status.error());
-    return written;
+    const auto rename = [&](const Path& temporary) { return disk.renameNoReplace(temporary, target); };
+    return publish(disk, target.parent_path(), mode, content, [](File&) { return Status(); }, rename);
 }
 
 Result<WrittenFile> overwriteFile(FileSystem& disk, const Path& target, const FileContent& content)
@@ -152,7 +146,7 @@ Result<WrittenFile> overwriteFile(FileSystem& disk, const Path& target, const Fi
             return std::unexpected(status.error());
         return bytes;
     };
-    return fill(**file, cutContent, [] { return Status(); });
+    return fill(**file, cutContent, [](File&) { return Status(); });
 }
 
 Result<std::unique_ptr<File>> createLocked(

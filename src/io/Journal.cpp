@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr Duration delay = 1s; ///< from a key to the journal
+constexpr Duration delay = 700ms; ///< from a key to the write, so that the key is on disk within a second
 constexpr int64_t largeSize = 1024 * 1024; ///< bytes
 constexpr int largePause = 10; ///< times as long as writing a large text took
 constexpr uint32_t ownerOnly = 0600; ///< the document may be private

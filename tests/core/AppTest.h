@@ -2,10 +2,9 @@
 // afterwards.
 #pragma once
 
-#include "core/AppState.h"
+#include "support/AppWorld.h"
 #include "support/FakeClipboard.h"
 #include "support/FixedShaper.h"
-#include "support/World.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -15,7 +14,7 @@ namespace quillmark::test {
 using namespace std::chrono_literals;
 using Strings = std::vector<std::string>;
 
-struct AppTest : testing::Test, World, PlainTextView::Delegate {
+struct AppTest : testing::Test, AppWorld, PlainTextView::Delegate {
     FixedShaper shaper;
     FakeClipboard clipboard;
     PlainTextView view{scheduler, shaper, clipboard};
@@ -35,16 +34,7 @@ struct AppTest : testing::Test, World, PlainTextView::Delegate {
 
     AppState& start()
     {
-        app = std::make_unique<AppState>(AppServices{.scheduler = scheduler,
-            .files = disk,
-            .log = log,
-            .defaults = defaults,
-            .trash = trash,
-            .appearance = appearance,
-            .writer = writer,
-            .recovery = recovery,
-            .defaultNotesFolder = notes,
-            .journalFolder = journal});
+        app = makeApp();
         generation = app->loadGeneration.onChange([this](int64_t) { view.setText(app->currentText()); });
         view.setText(app->currentText());
         app->setTextView(&view);

@@ -1,7 +1,7 @@
 #include "app/editor/Coordinator.h"
 #include "app/editor/EditorView.h"
+#include "support/AppWorld.h"
 #include "support/FakeClipboard.h"
-#include "support/World.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -13,21 +13,12 @@ namespace quillmark {
 
 namespace {
 
-class CoordinatorTest : public testing::Test, public test::World {
+class CoordinatorTest : public testing::Test, public test::AppWorld {
 protected:
     void start(const std::string& text)
     {
         putNote("first.txt", text);
-        app = std::make_unique<AppState>(AppServices{.scheduler = scheduler,
-            .files = disk,
-            .log = log,
-            .defaults = defaults,
-            .trash = trash,
-            .appearance = appearance,
-            .writer = writer,
-            .recovery = recovery,
-            .defaultNotesFolder = notes,
-            .journalFolder = journal});
+        app = makeApp();
         view = new EditorView(scheduler, clipboard, &window);
         window.resize(600, 400);
         view->setGeometry(window.rect());
