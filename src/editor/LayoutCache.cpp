@@ -51,6 +51,16 @@ void LayoutCache::insert(Segment segment)
         shrink();
 }
 
+void LayoutCache::remove(int64_t offset)
+{
+    const Segment* segment = find(offset, Affinity::downstream);
+    if (!segment)
+        return;
+    const auto entry = std::prev(firstBehind(segment->range.location));
+    m_cost -= costOf(*entry);
+    m_entries.erase(entry);
+}
+
 void LayoutCache::applyEdit(const RowMap::Change& change)
 {
     const auto firstAt = [&](int64_t offset) {

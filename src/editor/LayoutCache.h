@@ -17,6 +17,7 @@ public:
     /// The segment that shows the caret at an offset, or null. Good until the cache changes.
     const Segment* find(int64_t offset, Affinity affinity);
     void insert(Segment segment);
+    void remove(int64_t offset); ///< the segment that find() gives downstream, if any
     void applyEdit(const RowMap::Change& change);
     void clear();
     void setCapacity(int64_t cost);

@@ -13,12 +13,19 @@ namespace {
 
 constexpr double noWrapWidth
     = 1e7; ///< wider than a segment gets, and fit for the fixed-point numbers of shapers
+constexpr size_t longestInsertion = 2'000; ///< units; no more of it is shown
 constexpr int64_t keptScreens = 3;
 constexpr int64_t keptLongSegments = 16;
 
 } // namespace
 
 struct LayoutManager::Impl {
+    struct ShownInsertion {
+        int64_t offset = 0;
+        std::u16string text; ///< empty: there is none
+        int64_t caret = 0;
+    };
+
     Impl(TextStorage& storageToFollow, Shaper& shaperToUse)
         : storage(storageToFollow)
         , shaper(shaperToUse)
@@ -32,6 +39,7 @@ struct LayoutManager::Impl {
     int64_t visibleRows = 1;
     RowMap rows;
     LayoutCache cache;
+    ShownInsertion insertion;
     Signal<Row, int64_t> rowsMoved;
     Connection edits;
 
@@ -41,6 +49,8 @@ struct LayoutManager::Impl {
     void layOutAnew();
     void updateCapacity();
     Segment segmentAt(int64_t offset, Affinity affinity);
+    Insertion insertionIn(Range range, bool endsLine) const;
+    void showAnew(int64_t offset);
 };
 
 int64_t LayoutManager::Impl::columns() const
@@ -52,6 +62,7 @@ void LayoutManager::Impl::applyEdit(const TextEdit& edit, const Rope& oldText)
 {
     const RowMap::Change change = rows.applyEdit(oldText, storage.text(), edit);
     cache.applyEdit(change);
+    insertion.offset = edit.moved(insertion.offset);
     if (change.changeInRows != 0)
         rowsMoved.emit(change.first, change.changeInRows);
 }
@@ -84,17 +95,41 @@ Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
     const Range lineRange = text.lineRange(line);
     const RowMap::Piece piece = rows.pieceAt(line, lineRange.length, offset - lineRange.location, affinity);
     const Range range{lineRange.location + piece.units.location, piece.units.length};
-    const Segment segment{.shaped = shaper.shape(text.text(range), wrapWidth()),
+    const Insertion shown = insertionIn(range, piece.endsLine);
+    std::u16string units = text.text(range);
+    if (shown.length > 0)
+        units.insert(static_cast<size_t>(shown.at), insertion.text);
+    const Segment segment{.shaped = shaper.shape(units, wrapWidth()),
         .range = range,
         .line = line,
         .startsLine = piece.units.location == 0,
-        .endsLine = piece.endsLine};
+        .endsLine = piece.endsLine,
+        .insertion = shown};
     const int64_t change = segment.rowCount() - piece.rows;
     rows.setMeasured(piece, segment.rowCount());
     cache.insert(segment);
     if (change != 0)
         rowsMoved.emit(piece.firstRow, change);
     return segment;
+}
+
+/// The part of it that a segment shows: between two segments of a line it belongs to the second one.
+Insertion LayoutManager::Impl::insertionIn(Range range, bool endsLine) const
+{
+    const bool holds = range.contains(insertion.offset) || (endsLine && insertion.offset == range.end());
+    if (!holds || insertion.text.empty())
+        return {};
+    return {.at = insertion.offset - range.location,
+        .length = static_cast<int64_t>(insertion.text.size()),
+        .caret = insertion.caret};
+}
+
+/// Shapes the segment at an offset again.
+void LayoutManager::Impl::showAnew(int64_t offset)
+{
+    cache.remove(offset);
+    const Segment segment = segmentAt(offset, Affinity::downstream);
+    rowsMoved.emit(rows.firstRowOf(segment.line), 0); // the rows look different, also where none was added
 }
 
 LayoutManager::LayoutManager(TextStorage& storage, Shaper& shaper)
@@ -129,6 +164,21 @@ void LayoutManager::setVisibleRowCount(int64_t rows)
 {
     m_impl->visibleRows = std::max<int64_t>(1, rows);
     m_impl->updateCapacity();
+}
+
+void LayoutManager::showInsertion(int64_t offset, std::u16string_view text, int64_t caret)
+{
+    Impl& self = *m_impl;
+    const int64_t before = self.insertion.offset;
+    const bool wasShown = !self.insertion.text.empty();
+    const auto shown = text.substr(0, longestInsertion);
+    self.insertion = {.offset = std::clamp<int64_t>(offset, 0, self.storage.length()),
+        .text = std::u16string(shown),
+        .caret = std::clamp<int64_t>(caret, 0, static_cast<int64_t>(shown.size()))};
+    if (wasShown)
+        self.showAnew(before);
+    if (!text.empty())
+        self.showAnew(self.insertion.offset);
 }
 
 RowMetrics LayoutManager::metrics() const

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace quillmark {
@@ -26,6 +27,10 @@ public:
     void fontChanged();
     /// How many rows are on the screen at once; about three screens of shaped text are kept.
     void setVisibleRowCount(int64_t rows);
+
+    /// Shows text that is not in the document at an offset, as if it stood there, with the caret at `caret`
+    /// units of it; the offset moves with edits. Another call replaces it, an empty text takes it away.
+    void showInsertion(int64_t offset, std::u16string_view text, int64_t caret);
 
     RowMetrics metrics() const; ///< the height is at least 1
     int64_t rowCount() const; ///< measured rows and estimates of the others; at least 1

@@ -10,16 +10,6 @@ namespace {
 
 constexpr int64_t longText = 65'536; ///< units; a longer text is let go in the background
 
-int64_t shifted(int64_t offset, const TextEdit& edit)
-{
-    const Range replaced = edit.replaced();
-    if (offset <= replaced.location)
-        return offset;
-    if (offset >= replaced.end())
-        return offset + edit.changeInLength;
-    return edit.edited.end();
-}
-
 } // namespace
 
 PlainTextView::Impl::Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse)
@@ -34,8 +24,8 @@ PlainTextView::Impl::Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& 
 
 void PlainTextView::Impl::shiftWith(const TextEdit& edit)
 {
-    selection.anchor = shifted(selection.anchor, edit);
-    selection.caret = shifted(selection.caret, edit);
+    selection.anchor = edit.moved(selection.anchor);
+    selection.caret = edit.moved(selection.caret);
     viewport.applyEdit(edit);
     drag.reset();
 }

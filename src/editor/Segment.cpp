@@ -4,14 +4,28 @@
 
 namespace quillmark {
 
+int64_t Insertion::shownUnit(int64_t textUnit) const
+{
+    if (length == 0 || textUnit < at)
+        return textUnit;
+    return textUnit == at ? at + caret : textUnit + length;
+}
+
+int64_t Insertion::textUnit(int64_t shownUnit) const
+{
+    return shownUnit <= at ? shownUnit : std::max(at, shownUnit - length);
+}
+
 double RowLayout::xOfOffset(int64_t offset) const
 {
-    return shaped->xOfOffset(rowInShaped, std::clamp(offset, range.location, range.end()) - shapedStart);
+    const int64_t unit = std::clamp(offset, range.location, range.end()) - shapedStart;
+    return shaped->xOfOffset(rowInShaped, insertion.shownUnit(unit));
 }
 
 int64_t RowLayout::offsetAtX(double x) const
 {
-    return std::clamp(shapedStart + shaped->offsetAtX(rowInShaped, x), range.location, range.end());
+    const int64_t unit = insertion.textUnit(shaped->offsetAtX(rowInShaped, x));
+    return std::clamp(shapedStart + unit, range.location, range.end());
 }
 
 double RowLayout::width() const
@@ -21,19 +35,21 @@ double RowLayout::width() const
 
 RowLayout Segment::row(int index) const
 {
-    const Range units = shaped->row(index);
+    const Range shown = shaped->row(index);
+    const Range units = Range::between(insertion.textUnit(shown.location), insertion.textUnit(shown.end()));
     return {.shaped = shaped,
         .rowInShaped = index,
         .shapedStart = range.location,
         .range = {range.location + units.location, units.length},
         .line = line,
         .startsLine = startsLine && index == 0,
-        .endsLine = endsLine && index == rowCount() - 1};
+        .endsLine = endsLine && index == rowCount() - 1,
+        .insertion = insertion};
 }
 
 int Segment::rowOf(int64_t offset, Affinity affinity) const
 {
-    const int64_t unit = std::clamp<int64_t>(offset - range.location, 0, range.length);
+    const int64_t unit = insertion.shownUnit(std::clamp<int64_t>(offset - range.location, 0, range.length));
     int low = 0;
     for (int high = rowCount() - 1; low < high;) {
         const int middle = (low + high + 1) / 2;

@@ -9,6 +9,17 @@
 
 namespace quillmark {
 
+/// Text that is shown within a segment but is not in the document: what an input method is working on. Units
+/// are counted from the start of the segment.
+struct Insertion {
+    int64_t at = 0; ///< in the document's text
+    int64_t length = 0; ///< 0: nothing is shown but the document's text
+    int64_t caret = 0; ///< where in the inserted text the caret stands
+
+    int64_t shownUnit(int64_t textUnit) const; ///< at the insertion: where its caret stands
+    int64_t textUnit(int64_t shownUnit) const;
+};
+
 /// One row on the screen: the stretch of text it shows and the shaped text that knows its glyphs.
 struct RowLayout {
     std::shared_ptr<const ShapedText> shaped;
@@ -18,6 +29,7 @@ struct RowLayout {
     Line line{};
     bool startsLine = false;
     bool endsLine = false; ///< a line feed or the end of the text follows
+    Insertion insertion; ///< units from `shapedStart`; offsets of the row leave it out
 
     double xOfOffset(int64_t offset) const; ///< `offset` is cut to the row
     int64_t offsetAtX(double x) const; ///< the caret stop of the row that is nearest to x
@@ -32,6 +44,7 @@ struct Segment {
     Line line{};
     bool startsLine = false;
     bool endsLine = false;
+    Insertion insertion;
 
     int rowCount() const { return shaped->rowCount(); }
     RowLayout row(int index) const;

@@ -4,6 +4,14 @@
 
 namespace quillmark {
 
+int64_t TextEdit::moved(int64_t offset) const
+{
+    const Range old = replaced();
+    if (offset <= old.location)
+        return offset;
+    return offset >= old.end() ? offset + changeInLength : edited.end();
+}
+
 void TextStorage::replace(Range range, std::u16string_view with)
 {
     edit(range, with, static_cast<int64_t>(with.size()));

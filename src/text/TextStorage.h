@@ -12,6 +12,7 @@ struct TextEdit {
     int64_t changeInLength = 0; ///< new length minus old length
 
     Range replaced() const { return {edited.location, edited.length - changeInLength}; } ///< in the old text
+    int64_t moved(int64_t offset) const; ///< where a place in the old text stands in the new one
     bool operator==(const TextEdit&) const = default;
 };
 
