@@ -1,5 +1,6 @@
 // The editing model without a screen: a key from the command to the laid-out screen, and a file from the disk
 // to it. Shaping is the tests' fixed advances: what a real font costs is measured with the widget.
+#include "EditorTexts.h"
 #include "editor/LineIndex.h"
 #include "editor/PlainTextView.h"
 #include "io/PosixFileSystem.h"
@@ -13,36 +14,12 @@
 
 #include <fstream>
 #include <optional>
-#include <random>
 #include <string>
 
 namespace {
 
 using namespace quillmark;
-
-constexpr int64_t small = 100'000;
-constexpr int64_t large = 20'000'000;
-
-/// Lines of words of about 95 units.
-std::string makeText(int64_t size)
-{
-    std::minstd_rand random(1);
-    std::string text;
-    text.reserve(static_cast<size_t>(size));
-    while (text.size() < static_cast<size_t>(size)) {
-        const auto choice = random() % 96;
-        text += choice == 0 ? '\n' : choice < 14 ? ' ' : static_cast<char>('a' + choice % 26);
-    }
-    return text;
-}
-
-Rope makeRope(int64_t size)
-{
-    const std::string text = makeText(size);
-    Rope::Builder builder;
-    builder.appendLatin1({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
-    return builder.finish();
-}
+using namespace quillmark::bench;
 
 /// A view of 160 × 50 characters with the gutter's index, and a delegate that only counts.
 struct Editor final : PlainTextView::Delegate {
@@ -83,11 +60,11 @@ void keystroke(benchmark::State& state, int64_t size)
 BENCHMARK_CAPTURE(keystroke, small, small)->Name("Keystroke/100KB")->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(keystroke, large, large)->Name("Keystroke/20MB")->Unit(benchmark::kMicrosecond);
 
-void open(benchmark::State& state, int64_t size)
+void open(benchmark::State& state, int64_t size, Lines lines)
 {
     const test::TemporaryFolder folder;
     const Path path = folder / "text.txt";
-    std::ofstream(path, std::ios::binary) << makeText(size);
+    std::ofstream(path, std::ios::binary) << makeText(size, lines);
     PosixFileSystem disk;
     std::optional<Editor> editor;
     for (auto _ : state) {
@@ -99,7 +76,36 @@ void open(benchmark::State& state, int64_t size)
         benchmark::DoNotOptimize(editor->view.visibleRows().data());
     }
 }
-BENCHMARK_CAPTURE(open, small, small)->Name("Open/100KB")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(open, large, large)->Name("Open/20MB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, small, small, Lines::ofWords)->Name("Open/100KB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, large, large, Lines::ofWords)->Name("Open/20MB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, line, longLine, Lines::one)->Name("Open/LongLine10MB")->Unit(benchmark::kMillisecond);
+
+/// What the layout alone costs when a text is installed: 1 GB that takes little memory, since it shares
+/// leaves.
+void installGigabyte(benchmark::State& state, Lines lines)
+{
+    Rope text = makeRope(1'000'000, lines);
+    for (int doubling = 0; doubling < 10; ++doubling)
+        text.append(Rope(text));
+    std::optional<TextStorage> storage;
+    std::optional<LayoutManager> layout;
+    test::FixedShaper shaper;
+    for (auto _ : state) {
+        state.PauseTiming();
+        layout.reset();
+        storage.emplace();
+        layout.emplace(*storage, shaper);
+        layout->setWrapWidth(1600);
+        state.ResumeTiming();
+        storage->replace({0, 0}, text);
+        benchmark::DoNotOptimize(layout->rowAt(0));
+    }
+}
+BENCHMARK_CAPTURE(installGigabyte, log, Lines::ofWords)
+    ->Name("Layout/Install1GB")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(installGigabyte, line, Lines::one)
+    ->Name("Layout/InstallLongLine1GB")
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -1,32 +1,17 @@
 // Frames of the editor widget on Qt's offscreen platform, 1600 × 1000, with a real font: the whole picture,
 // and the one line that a key changed.
-#include "app/editor/EditorView.h"
-#include "desktop/Fonts.h"
-#include "desktop/QtScheduler.h"
-#include "support/FakeClipboard.h"
+#include "QtWindow.h"
 
-#include <QApplication>
 #include <QKeyEvent>
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <random>
 
 namespace {
 
 using namespace quillmark;
-
-void startToolkit()
-{
-    static int count = 1;
-    static char name[] = "quillmark-bench";
-    static char* arguments[] = {name, nullptr};
-    if (!QCoreApplication::instance()) {
-        setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        new QApplication(count, arguments); // to the end of the process: the toolkit is started once
-    }
-}
+using namespace quillmark::bench;
 
 /// Lines of Russian words, some of them wider than the window.
 std::u16string makeText()
@@ -40,32 +25,10 @@ std::u16string makeText()
     return text;
 }
 
-struct Window {
-    Window()
-    {
-        view.setFixedSize(1600, 1000); // also on a smaller screen
-        view.textView().setText(Rope(makeText()));
-        view.show();
-        view.activateWindow();
-        view.setFocus();
-        settle();
-    }
-    static void settle()
-    {
-        for (int turn = 0; turn < 3;
-            ++turn) // a refresh, the painting that it asks for, and what that asks for
-            QCoreApplication::processEvents();
-    }
-
-    QtScheduler scheduler;
-    test::FakeClipboard clipboard;
-    EditorView view{scheduler, clipboard};
-};
-
 void full(benchmark::State& state)
 {
     startToolkit();
-    Window window;
+    Window window{Rope(makeText())};
     for (auto _ : state)
         window.view.repaint();
 }
@@ -73,7 +36,7 @@ void full(benchmark::State& state)
 void oneLine(benchmark::State& state)
 {
     startToolkit();
-    Window window;
+    Window window{Rope(makeText())};
     window.view.textView().select({.anchor = 600, .caret = 600});
     Window::settle();
     for (auto _ : state) {
