@@ -40,7 +40,8 @@ struct LayoutManager::Impl {
     RowMap rows;
     LayoutCache cache;
     ShownInsertion insertion;
-    Signal<Row, int64_t> rowsMoved;
+    Signal<> rowsMoved;
+    uint64_t toldVersion = 0; ///< of the rows, that was last told
     Connection edits;
 
     double wrapWidth() const { return width > 0 ? width : noWrapWidth; }
@@ -51,6 +52,7 @@ struct LayoutManager::Impl {
     Segment segmentAt(int64_t offset, Affinity affinity);
     Insertion insertionIn(Range range, bool endsLine) const;
     void showAnew(int64_t offset);
+    void tellRowsMoved();
 };
 
 int64_t LayoutManager::Impl::columns() const
@@ -60,22 +62,25 @@ int64_t LayoutManager::Impl::columns() const
 
 void LayoutManager::Impl::applyEdit(const TextEdit& edit, const Rope& oldText)
 {
-    const RowMap::Change change = rows.applyEdit(oldText, storage.text(), edit);
-    cache.applyEdit(change);
+    cache.applyEdit(rows.applyEdit(oldText, storage.text(), edit));
     insertion.offset = edit.moved(insertion.offset);
-    if (change.changeInRows != 0)
-        rowsMoved.emit(change.first, change.changeInRows);
+    tellRowsMoved();
 }
 
 void LayoutManager::Impl::layOutAnew()
 {
     metrics = shaper.metrics();
     metrics.height = std::max(1.0, metrics.height);
-    const int64_t before = rows.rowCount();
     cache.clear();
     updateCapacity();
     rows.rebuild(storage.text(), columns());
-    rowsMoved.emit(Row{0}, rows.rowCount() - before);
+    tellRowsMoved();
+}
+
+void LayoutManager::Impl::tellRowsMoved()
+{
+    if (std::exchange(toldVersion, rows.version()) != rows.version())
+        rowsMoved.emit();
 }
 
 void LayoutManager::Impl::updateCapacity()
@@ -91,25 +96,20 @@ Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
     if (const Segment* known = cache.find(offset, affinity))
         return *known;
 
-    const Line line = text.lineAt(offset);
-    const Range lineRange = text.lineRange(line);
-    const RowMap::Piece piece = rows.pieceAt(line, lineRange.length, offset - lineRange.location, affinity);
-    const Range range{lineRange.location + piece.units.location, piece.units.length};
-    const Insertion shown = insertionIn(range, piece.endsLine);
-    std::u16string units = text.text(range);
+    const RowMap::Piece piece = rows.pieceAt(text, offset, affinity);
+    const Insertion shown = insertionIn(piece.units, piece.endsLine);
+    std::u16string units = text.text(piece.units);
     if (shown.length > 0)
         units.insert(static_cast<size_t>(shown.at), insertion.text);
     const Segment segment{.shaped = shaper.shape(units, wrapWidth()),
-        .range = range,
-        .line = line,
-        .startsLine = piece.units.location == 0,
+        .range = piece.units,
+        .line = piece.line,
+        .startsLine = piece.startsLine,
         .endsLine = piece.endsLine,
         .insertion = shown};
-    const int64_t change = segment.rowCount() - piece.rows;
     rows.setMeasured(piece, segment.rowCount());
     cache.insert(segment);
-    if (change != 0)
-        rowsMoved.emit(piece.firstRow, change);
+    tellRowsMoved();
     return segment;
 }
 
@@ -128,8 +128,8 @@ Insertion LayoutManager::Impl::insertionIn(Range range, bool endsLine) const
 void LayoutManager::Impl::showAnew(int64_t offset)
 {
     cache.remove(offset);
-    const Segment segment = segmentAt(offset, Affinity::downstream);
-    rowsMoved.emit(rows.firstRowOf(segment.line), 0); // the rows look different, also where none was added
+    segmentAt(offset, Affinity::downstream);
+    rowsMoved.emit(); // the rows look different, also where none was added
 }
 
 LayoutManager::LayoutManager(TextStorage& storage, Shaper& shaper)
@@ -200,15 +200,10 @@ Row LayoutManager::rowAt(int64_t offset, Affinity affinity)
 RowLayout LayoutManager::layoutOf(Row row)
 {
     const Row wanted{std::clamp<int64_t>(number(row), 0, rowCount() - 1)};
-    const RowMap::Place place = m_impl->rows.placeOf(wanted);
-    const Segment segment = segmentAt(text().startOf(place.line) + place.start, Affinity::downstream);
-    const int64_t index = number(wanted) - number(place.firstRow);
-    return segment.row(static_cast<int>(std::min<int64_t>(index, segment.rowCount() - 1)));
-}
-
-Row LayoutManager::firstRowOf(Line line) const
-{
-    return m_impl->rows.firstRowOf(line);
+    const RowMap::Place place = m_impl->rows.placeOf(text(), wanted);
+    const Segment segment = segmentAt(place.offset, Affinity::downstream);
+    m_impl->tellRowsMoved();
+    return segment.row(static_cast<int>(std::min<int64_t>(place.rowInPiece, segment.rowCount() - 1)));
 }
 
 Segment LayoutManager::segmentAt(int64_t offset, Affinity affinity)
@@ -233,11 +228,24 @@ std::optional<Segment> LayoutManager::segmentAfter(const Segment& segment)
 
 Row LayoutManager::firstRowOf(const Segment& segment) const
 {
-    if (segment.startsLine)
-        return m_impl->rows.firstRowOf(segment.line);
-    const Range line = text().lineRange(segment.line);
-    const int64_t start = segment.range.location - line.location;
-    return m_impl->rows.pieceAt(segment.line, line.length, start, Affinity::downstream).firstRow;
+    return m_impl->rows.firstRowAt(text(), segment.range.location);
+}
+
+bool LayoutManager::isSettled() const
+{
+    return m_impl->rows.isCounted();
+}
+
+void LayoutManager::settleNear(int64_t offset)
+{
+    m_impl->rows.countNear(text(), offset);
+    m_impl->tellRowsMoved();
+}
+
+void LayoutManager::setStretchSizes(StretchSizes sizes)
+{
+    m_impl->rows.setSizes(sizes);
+    m_impl->layOutAnew();
 }
 
 std::string LayoutManager::checkInvariants() const
@@ -245,7 +253,7 @@ std::string LayoutManager::checkInvariants() const
     return m_impl->rows.checkInvariants(text());
 }
 
-Signal<Row, int64_t>& LayoutManager::rowsMoved()
+Signal<>& LayoutManager::rowsMoved()
 {
     return m_impl->rowsMoved;
 }

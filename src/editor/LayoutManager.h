@@ -1,6 +1,6 @@
-// Turns the lines of a TextStorage into rows at a width. Shapes what is visible or asked for; the heights of
-// lines not yet seen are estimated from their length. Draws nothing itself. Main thread only; pixels are
-// device-independent.
+// Turns the lines of a TextStorage into rows at a width. Shapes what is visible or asked for; how many rows
+// other lines have is estimated from their length, and in a large text from samples until it is settled. No
+// call takes longer in a longer text. Draws nothing itself. Main thread only; pixels are device-independent.
 #pragma once
 
 #include "editor/Segment.h"
@@ -14,6 +14,8 @@
 
 namespace quillmark {
 
+struct StretchSizes;
+
 class LayoutManager {
 public:
     LayoutManager(TextStorage& storage, Shaper& shaper);
@@ -21,8 +23,8 @@ public:
 
     const Rope& text() const;
 
-    /// The rows must be made anew: another width, or another font behind the shaper. One pass over the text.
-    /// Until a width above 0 is set, nothing is wrapped.
+    /// The rows must be made anew: another width, or another font behind the shaper. Until a width above 0 is
+    /// set, nothing is wrapped.
     void setWrapWidth(double width);
     void fontChanged();
     /// How many rows are on the screen at once; about three screens of shaped text are kept.
@@ -40,9 +42,6 @@ public:
     /// The layout of a row; `row` is cut to 0 … rowCount() − 1. Measures the segment that it falls into;
     /// where that has fewer rows than were estimated, its last one stands for them.
     RowLayout layoutOf(Row row);
-    /// The first row of a line, as far as is known, without measuring.
-    Row firstRowOf(Line line) const;
-
     /// The segment that shows the caret at `offset` (cut to the text), shaped and measured. Between two
     /// segments of a line the affinity decides.
     Segment segmentAt(int64_t offset, Affinity affinity = Affinity::downstream);
@@ -50,12 +49,18 @@ public:
     std::optional<Segment> segmentAfter(const Segment& segment); ///< none at the end of the text
     Row firstRowOf(const Segment& segment) const;
 
-    /// Calls `slot(Row first, int64_t change)` when rows from `first` on moved by `change` because a line got
-    /// more or fewer rows, by an edit or because an estimate was corrected.
+    /// Calls `slot()` when rows moved because a line got more or fewer of them, by an edit or because an
+    /// estimate was corrected.
     template <class Slot> [[nodiscard]] Connection onRowsMoved(Slot slot)
     {
         return Connection(rowsMoved().connect(std::move(slot)));
     }
+
+    /// Whether rowCount() rests on each line of the text. If not, settleNear() looks at some lines more, as
+    /// near to an offset as there are any; it takes about 0.1 ms.
+    bool isSettled() const;
+    void settleNear(int64_t offset);
+    void setStretchSizes(StretchSizes sizes); ///< for tests
 
     /// The first broken rule in words; empty when what is kept fits the text. Walks the whole text: for
     /// tests.
@@ -63,7 +68,7 @@ public:
 
 private:
     struct Impl;
-    Signal<Row, int64_t>& rowsMoved();
+    Signal<>& rowsMoved();
     std::unique_ptr<Impl> m_impl;
 };
 

@@ -3,10 +3,19 @@
 #include "editor/PlainTextViewImpl.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace quillmark {
 namespace {
+
+using namespace std::chrono_literals;
+
+// Counting the lines of a large text, in moments without keys or scrolling.
+constexpr Duration idleBefore = 100ms;
+constexpr Duration idleBetween = 5ms;
+constexpr Duration longestMoment = 3ms;
+constexpr int mostSteps = 64; ///< of about 32 Ki units; for clocks that stand still
 
 constexpr int64_t longText = 65'536; ///< units; a longer text is let go in the background
 
@@ -42,6 +51,7 @@ void PlainTextView::Impl::finish(const Selection& before, Changed changed, Revea
         delegate->textViewDidChangeSelection();
     tellScrolled();
     needsDisplay.emit();
+    settleWhenIdle();
 }
 
 void PlainTextView::Impl::tellScrolled()
@@ -51,6 +61,26 @@ void PlainTextView::Impl::tellScrolled()
         .top = viewport.top(), .contentHeight = viewport.contentHeight(), .height = viewport.height()};
     if (std::exchange(lastScroll, now) != now)
         scrolled.emit();
+}
+
+void PlainTextView::Impl::settleWhenIdle()
+{
+    if (layout.isSettled())
+        settling.cancel();
+    else
+        settling = scheduler.after(idleBefore, [this] { settleForAMoment(); });
+}
+
+/// From what is visible outwards. It corrects the height of the content and moves nothing on the screen.
+void PlainTextView::Impl::settleForAMoment()
+{
+    const SteadyTime end = scheduler.now() + longestMoment;
+    const int64_t visible = viewport.rows().empty() ? 0 : viewport.rows().front().layout.range.location;
+    for (int step = 0; step < mostSteps && !layout.isSettled() && scheduler.now() < end; ++step)
+        layout.settleNear(visible);
+    tellScrolled();
+    if (!layout.isSettled())
+        settling = scheduler.after(idleBetween, [this] { settleForAMoment(); });
 }
 
 /// Frees a text where nobody waits for it.

@@ -28,6 +28,8 @@ struct PlainTextView::Impl {
     /// The last step of every command: scrolls, lays out what is visible, then tells whoever listens.
     void finish(const Selection& before, Changed changed, Reveal reveal);
     void tellScrolled();
+    void settleWhenIdle();
+    void settleForAMoment();
     void shiftWith(const TextEdit& edit);
 
     void edit(UndoManager::Kind kind, Range range, std::u16string_view with);
@@ -52,6 +54,7 @@ struct PlainTextView::Impl {
     std::optional<double> goalX; ///< where vertical motions want the caret, while they follow one another
     std::optional<Drag> drag;
     ScrollState lastScroll;
+    Task settling; ///< pending while a row count of the layout rests on samples
 
     Signal<> needsDisplay;
     Signal<> becomeFirstResponder;

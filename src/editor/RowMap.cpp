@@ -1,53 +1,20 @@
 #include "editor/RowMap.h"
 
-#include "editor/LineWalk.h"
 #include "editor/SegmentCuts.h"
 
 #include <algorithm>
 #include <cassert>
 
 namespace quillmark {
+namespace {
 
-/// Runs in order, equal neighbours as one.
-class RowMap::Runs {
-public:
-    void add(RowRun run)
-    {
-        if (run.lines == 0 && !run.isSegment())
-            return;
-        if (!m_runs.empty() && canJoin(m_runs.back(), run))
-            m_runs.back().lines += run.lines;
-        else
-            m_runs.push_back(run);
-    }
-    const std::vector<RowRun>& all() const { return m_runs; }
-
-private:
-    static bool canJoin(const RowRun& a, const RowRun& b)
-    {
-        return !a.isSegment() && !b.isSegment() && a.rows == b.rows && a.isMeasured == b.isMeasured;
-    }
-
-    std::vector<RowRun> m_runs;
-};
-
-/// The piece of the old text in which an edit starts or ends.
-struct RowMap::Edge {
-    Range lineRange;
-    Piece piece;
-
-    int64_t start() const { return lineRange.location + piece.units.location; }
-    int64_t end() const { return lineRange.location + piece.units.end(); }
-    bool startsInsideLine() const { return piece.units.location > 0; }
-};
-
-RowRun::Sum& RowRun::Sum::operator+=(const Sum& other)
+/// A number of equal lines out of a run.
+RowRun linesOf(const RowRun& run, int64_t units, int64_t lines)
 {
-    lines += other.lines;
-    rows += other.rows;
-    units += other.units;
-    return *this;
+    return {.units = units, .lines = lines, .rows = lines * run.rowsPerLine()};
 }
+
+} // namespace
 
 RowMap::RowMap()
 {
@@ -57,227 +24,290 @@ RowMap::RowMap()
 void RowMap::rebuild(const Rope& text, int64_t columns)
 {
     m_columns = std::max<int64_t>(1, columns);
-    Runs runs;
-    appendLines(runs, text, {0, text.length()}, false, false);
+    const RowRuns runs = runsOf(text, {0, text.length() + 1});
     m_runs = SumTree<RowRun>(runs.all());
+    ++m_version;
 }
 
-int32_t RowMap::estimatedRows(int64_t units) const
+/// The runs of a stretch that came in: a long one is a single rough run.
+RowRuns RowMap::runsOf(const Rope& text, Range stretch) const
 {
-    return units <= m_columns ? 1 : static_cast<int32_t>((units + m_columns - 1) / m_columns);
+    if (stretch.length <= m_sizes.longest)
+        return estimate(text).runsOf(stretch);
+    RowRuns runs;
+    runs.add(estimate(text).rough(stretch));
+    return runs;
 }
 
-/// The runs of a stretch of text that begins and ends at borders of pieces.
-void RowMap::appendLines(
-    Runs& runs, const Rope& text, Range range, bool startsInsideLine, bool endsInsideLine) const
-{
-    forEachLine(text, range, [&](Range part) {
-        const bool continuesLine = startsInsideLine && part.location == range.location;
-        const bool isContinued = endsInsideLine && part.end() == range.end();
-        if (!continuesLine && !isContinued && part.length <= longestWholeLine)
-            return runs.add({.lines = 1, .rows = estimatedRows(part.length)});
-        int64_t lines = continuesLine ? 0 : 1;
-        for (const int64_t length : segmentLengths(text, part)) {
-            runs.add({.lines = lines, .rows = estimatedRows(length), .units = static_cast<int16_t>(length)});
-            lines = 0;
-        }
-    });
-}
-
-Row RowMap::firstRowOf(Line line) const
-{
-    const auto found = m_runs.find<&RowRun::Sum::lines>(number(line));
-    if (!found.item)
-        return Row{rowCount()};
-    const int64_t linesBefore = number(line) - found.before.lines;
-    return Row{found.before.rows + linesBefore * found.item->rows};
-}
-
-RowMap::Place RowMap::placeOf(Row row) const
-{
-    const auto found = m_runs.find<&RowRun::Sum::rows>(number(row));
-    assert(found.item);
-    if (!found.item->isSegment()) {
-        const int64_t lineInRun = (number(row) - found.before.rows) / found.item->rows;
-        return {.line = Line{found.before.lines + lineInRun},
-            .firstRow = Row{found.before.rows + lineInRun * found.item->rows}};
-    }
-    const Line line{found.before.lines - (found.item->lines == 0 ? 1 : 0)};
-    const auto lineStart = m_runs.find<&RowRun::Sum::lines>(number(line));
-    return {.line = line,
-        .start = found.before.units - lineStart.before.units,
-        .firstRow = Row{found.before.rows}};
-}
-
-RowMap::Piece RowMap::pieceAt(Line line, int64_t length, int64_t offset, Affinity affinity) const
-{
-    const auto found = m_runs.find<&RowRun::Sum::lines>(number(line));
-    assert(found.item);
-    if (!found.item->isSegment()) {
-        const int64_t lineInRun = number(line) - found.before.lines;
-        return {.line = line,
-            .units = {0, length},
-            .firstRow = Row{found.before.rows + lineInRun * found.item->rows},
-            .rows = found.item->rows,
-            .isMeasured = found.item->isMeasured,
-            .index = found.index,
-            .lineInRun = lineInRun};
-    }
-    const int64_t unit
-        = std::clamp<int64_t>(offset - (affinity == Affinity::upstream ? 1 : 0), 0, length - 1);
-    const auto segment = m_runs.find<&RowRun::Sum::units>(found.before.units + unit);
-    assert(segment.item);
-    const Range units{segment.before.units - found.before.units, segment.item->units};
-    return {.line = line,
-        .units = units,
-        .endsLine = units.end() == length,
-        .firstRow = Row{segment.before.rows},
-        .rows = segment.item->rows,
-        .isMeasured = segment.item->isMeasured,
-        .index = segment.index};
-}
-
-void RowMap::setMeasured(const Piece& piece, int rows)
-{
-    if (piece.isMeasured && piece.rows == rows)
-        return;
-    const RowRun run = m_runs[piece.index];
-    if (run.isSegment()) {
-        m_runs.edit(piece.index, [rows](RowRun& segment) {
-            segment.rows = rows;
-            segment.isMeasured = true;
-        });
-        return;
-    }
-    const auto lines = [&run](int64_t count) {
-        RowRun part = run;
-        part.lines = count;
-        return part;
-    };
-    Runs middle;
-    middle.add(lines(piece.lineInRun));
-    middle.add({.lines = 1, .rows = rows, .isMeasured = true});
-    middle.add(lines(run.lines - piece.lineInRun - 1));
-    replaceRuns(piece.index, piece.index + 1, middle);
-}
+// Looking
 
 /// Replaces runs and joins what is put in with its equals on both sides.
-void RowMap::replaceRuns(int64_t first, int64_t last, const Runs& middle)
+void RowMap::replaceRuns(int64_t first, int64_t last, const RowRuns& middle)
 {
-    Runs joined;
+    RowRuns joined;
     if (first > 0)
         joined.add(m_runs[--first]);
-    for (const RowRun& run : middle.all())
-        joined.add(run);
+    joined.add(middle);
     if (last < m_runs.size())
         joined.add(m_runs[last++]);
     m_runs.replace(first, last, joined.all());
+    ++m_version;
 }
 
-RowMap::Edge RowMap::edgeAt(const Rope& text, int64_t offset) const
+/// Makes lines and segments of the stretch at an offset; of a rough one, of what is around the offset.
+void RowMap::open(const Rope& text, int64_t offset)
 {
-    const Line line = text.lineAt(offset);
-    const Range lineRange = text.lineRange(line);
-    return {lineRange, pieceAt(line, lineRange.length, offset - lineRange.location, Affinity::upstream)};
+    const Found found = runAt(offset);
+    const RowRun run = *found.item;
+    if (!run.isStretch())
+        return;
+    const Range stretch{found.before.units, run.units};
+    const RowEstimate rows = estimate(text);
+    if (run.kind == RowRun::Kind::counted)
+        return replaceRuns(found.index, found.index + 1, rows.runsOf(stretch));
+
+    const int64_t reach = m_sizes.walked / 2;
+    int64_t start = stretch.location;
+    if (offset - start >= 2 * reach)
+        start = rows.borderAtOrBefore(stretch, offset - reach);
+    int64_t end = stretch.end();
+    if (end - offset > 2 * reach)
+        end = rows.borderAtOrBehind(stretch, offset + reach);
+    RowRuns runs;
+    runs.add(rows.partOf(run, Range::between(stretch.location, start)));
+    runs.add(rows.runsOf(Range::between(start, end)));
+    runs.add(rows.partOf(run, Range::between(end, stretch.end())));
+    replaceRuns(found.index, found.index + 1, runs);
 }
+
+void RowMap::countNear(const Rope& text, int64_t offset)
+{
+    if (isCounted())
+        return;
+    const int64_t roughBefore = runAt(std::clamp<int64_t>(offset, 0, text.length())).before.rough;
+    const Found behind = m_runs.find<&RowRun::Sum::rough>(roughBefore);
+    Found found = behind;
+    if (roughBefore > 0) {
+        const Found before = m_runs.find<&RowRun::Sum::rough>(roughBefore - 1);
+        const int64_t distance = offset - (before.before.units + before.item->units);
+        if (!behind.item || distance < behind.before.units - offset)
+            found = before;
+    }
+
+    const RowRun run = *found.item;
+    const Range stretch{found.before.units, run.units};
+    const RowEstimate rows = estimate(text);
+    int64_t start = stretch.location;
+    int64_t end = stretch.end();
+    if (stretch.length > 2 * m_sizes.walked) {
+        if (found.index == behind.index)
+            end = rows.borderAtOrBehind(stretch, start + m_sizes.walked);
+        else
+            start = rows.borderAtOrBefore(stretch, end - m_sizes.walked);
+    }
+    RowRuns runs;
+    runs.add(rows.partOf(run, Range::between(stretch.location, start)));
+    runs.add(rows.counted(Range::between(start, end)));
+    runs.add(rows.partOf(run, Range::between(end, stretch.end())));
+    replaceRuns(found.index, found.index + 1, runs);
+}
+
+RowMap::Piece RowMap::pieceAt(const Rope& text, int64_t offset, Affinity affinity)
+{
+    if (affinity == Affinity::upstream && offset > 0 && text.at(offset - 1) != u'\n')
+        --offset;
+    open(text, offset);
+    const Found found = runAt(offset);
+    const RowRun& run = *found.item;
+    if (run.kind == RowRun::Kind::segment) {
+        const int64_t start = found.before.units;
+        return {.units = {start, run.units - run.lines},
+            .line = Line{found.before.lines},
+            .startsLine = start == 0 || text.at(start - 1) == u'\n',
+            .endsLine = run.lines == 1,
+            .firstRow = Row{found.before.rows},
+            .rows = run.rows};
+    }
+    const Line line = text.lineAt(offset);
+    const int64_t linesBefore = number(line) - found.before.lines;
+    return {.units = text.lineRange(line),
+        .line = line,
+        .firstRow = Row{found.before.rows + linesBefore * run.rowsPerLine()},
+        .rows = run.rowsPerLine()};
+}
+
+Row RowMap::firstRowAt(const Rope& text, int64_t offset) const
+{
+    const Found found = runAt(offset);
+    const RowRun& run = *found.item;
+    if (run.kind == RowRun::Kind::lines) {
+        const int64_t linesBefore = number(text.lineAt(offset)) - found.before.lines;
+        return Row{found.before.rows + linesBefore * run.rowsPerLine()};
+    }
+    const double share = static_cast<double>(offset - found.before.units) / static_cast<double>(run.units);
+    return Row{found.before.rows + static_cast<int64_t>(static_cast<double>(run.rows) * share)};
+}
+
+RowMap::Place RowMap::placeOf(const Rope& text, Row row)
+{
+    assert(0 <= number(row) && number(row) < rowCount());
+    Found found = m_runs.find<&RowRun::Sum::rows>(number(row));
+    if (found.item->isStretch()) {
+        const double rowsBefore = static_cast<double>(number(row) - found.before.rows);
+        const double share = rowsBefore / static_cast<double>(found.item->rows);
+        const auto units = static_cast<int64_t>(static_cast<double>(found.item->units) * share);
+        const int64_t offset = std::min(found.before.units + units, text.length());
+        open(text, offset);
+        found = m_runs.find<&RowRun::Sum::rows>(number(row));
+        if (!found.item || found.item->isStretch())
+            return {pieceAt(text, offset, Affinity::downstream).units.location};
+    }
+    const int64_t rowInRun = number(row) - found.before.rows;
+    if (found.item->kind == RowRun::Kind::segment)
+        return {found.before.units, rowInRun};
+    const int64_t rowsPerLine = found.item->rowsPerLine();
+    return {text.startOf(Line{found.before.lines + rowInRun / rowsPerLine}), rowInRun % rowsPerLine};
+}
+
+void RowMap::setMeasured(const Piece& piece, int64_t rows)
+{
+    const Found found = runAt(piece.units.location);
+    const RowRun run = *found.item;
+    assert(!run.isStretch());
+    if (run.kind == RowRun::Kind::segment) {
+        if (run.rows == rows)
+            return;
+        m_runs.edit(found.index, [rows](RowRun& segment) { segment.rows = rows; });
+        ++m_version;
+        return;
+    }
+    if (run.rowsPerLine() == rows)
+        return;
+    const int64_t linesBefore = number(piece.line) - found.before.lines;
+    const int64_t unitsBefore = piece.units.location - found.before.units;
+    const int64_t units = piece.units.length + 1;
+    RowRuns middle;
+    middle.add(linesOf(run, unitsBefore, linesBefore));
+    middle.add({.units = units, .lines = 1, .rows = rows});
+    middle.add(linesOf(run, run.units - unitsBefore - units, run.lines - linesBefore - 1));
+    replaceRuns(found.index, found.index + 1, middle);
+}
+
+// Editing
 
 /// Takes in segments before the edit until what is made anew begins at the start of a line, or inside a line
 /// that is still long, between two characters, and with enough units for a segment.
-void RowMap::growToLeft(Edge& left, const Edge& right, const Rope& text, int64_t changeInLength) const
+RowMap::Piece RowMap::growToLeft(
+    Piece left, const Piece& right, const Rope& oldText, const Rope& text, int64_t change)
 {
     constexpr int mostSteps = 4; // a character may be longer than a segment
-    const auto grow = [&](int64_t offset) {
-        left.piece = pieceAt(left.piece.line, left.lineRange.length, offset, Affinity::upstream);
-    };
-    for (int step = 0; step < mostSteps && left.startsInsideLine(); ++step) {
-        const Range line = text.lineRange(left.piece.line);
+    for (int step = 0; step < mostSteps && !left.startsLine; ++step) {
+        const int64_t start = left.units.location;
+        const Range line = text.lineRange(text.lineAt(start));
         if (line.length <= segmentTarget)
-            return grow(0);
-        const int64_t part = std::min(line.end(), right.end() + changeInLength) - left.start();
-        if (part >= shortestSegment && isCharacterBoundary(text, left.start()))
-            return;
-        grow(left.piece.units.location);
+            return pieceAt(oldText, line.location, Affinity::downstream);
+        const int64_t part = std::min(line.end(), right.units.end() + change) - start;
+        if (part >= shortestSegment && isCharacterBoundary(text, start))
+            break;
+        left = pieceAt(oldText, start, Affinity::upstream);
     }
+    return left;
 }
 
-void RowMap::growToRight(const Edge& left, Edge& right, const Rope& text, int64_t changeInLength) const
+RowMap::Piece RowMap::growToRight(
+    const Piece& left, Piece right, const Rope& oldText, const Rope& text, int64_t change)
 {
     constexpr int mostSteps = 4;
-    const auto grow = [&](int64_t offset) {
-        right.piece = pieceAt(right.piece.line, right.lineRange.length, offset, Affinity::downstream);
-    };
-    for (int step = 0; step < mostSteps && !right.piece.endsLine; ++step) {
-        const int64_t end = right.end() + changeInLength;
+    for (int step = 0; step < mostSteps && !right.endsLine; ++step) {
+        const int64_t end = right.units.end() + change;
         const Range line = text.lineRange(text.lineAt(end));
         if (line.length <= segmentTarget)
-            return grow(right.lineRange.length);
-        const int64_t part = end - std::max(line.location, left.start());
+            return pieceAt(oldText, line.end() - change, Affinity::downstream);
+        const int64_t part = end - std::max(line.location, left.units.location);
         if (part >= shortestSegment && isCharacterBoundary(text, end))
-            return;
-        grow(right.piece.units.end());
+            break;
+        right = pieceAt(oldText, right.units.end(), Affinity::downstream);
     }
+    return right;
 }
 
 RowMap::Change RowMap::applyEdit(const Rope& oldText, const Rope& text, const TextEdit& edit)
 {
     const Range replaced = edit.replaced();
-    Edge left = edgeAt(oldText, replaced.location);
-    Edge right = edgeAt(oldText, replaced.end());
-    growToLeft(left, right, text, edit.changeInLength);
-    growToRight(left, right, text, edit.changeInLength);
+    const int64_t change = edit.changeInLength;
+    const int64_t changeInLines = text.lineCount() - oldText.lineCount();
+    if (replaced == Range{0, oldText.length()}) {
+        rebuild(text, m_columns);
+        return {.replaced = replaced, .changeInLength = change, .changeInLines = changeInLines};
+    }
+    Piece left = pieceAt(oldText, replaced.location, Affinity::upstream);
+    Piece right = pieceAt(oldText, replaced.end(), Affinity::upstream);
+    left = growToLeft(left, right, oldText, text, change);
+    right = growToRight(left, right, oldText, text, change);
+    const int64_t start = left.units.location;
+    const int64_t oldEnd = right.units.end() + (right.endsLine ? 1 : 0); // with the line feed
 
-    const Range oldRange = Range::between(left.start(), right.end());
-    const Range newRange{oldRange.location, oldRange.length + edit.changeInLength};
-    const RowRun::Sum before = m_runs.summary();
+    const Found first = runAt(start);
+    const Found last = runAt(right.units.location);
+    RowRuns middle;
+    if (first.item->kind == RowRun::Kind::lines)
+        middle.add(linesOf(*first.item, start - first.before.units, number(left.line) - first.before.lines));
+    middle.add(runsOf(text, Range::between(start, oldEnd + change)));
+    if (last.item->kind == RowRun::Kind::lines)
+        middle.add(linesOf(*last.item, last.before.units + last.item->units - oldEnd,
+            last.before.lines + last.item->lines - number(right.line) - 1));
+    replaceRuns(first.index, last.index + 1, middle);
+    return {.replaced = Range::between(start, right.units.end()),
+        .changeInLength = change,
+        .changeInLines = changeInLines,
+        .endsInsideLine = !right.endsLine};
+}
 
-    Runs middle;
-    const auto addRest = [&](const Piece& piece, int64_t lines) {
-        RowRun run = m_runs[piece.index];
-        if (run.isSegment())
-            return;
-        run.lines = lines;
-        middle.add(run);
-    };
-    addRest(left.piece, left.piece.lineInRun);
-    appendLines(middle, text, newRange, left.startsInsideLine(), !right.piece.endsLine);
-    addRest(right.piece, m_runs[right.piece.index].lines - right.piece.lineInRun - 1);
-    replaceRuns(left.piece.index, right.piece.index + 1, middle);
+// For tests
 
-    const RowRun::Sum after = m_runs.summary();
-    return {.replaced = oldRange,
-        .changeInLength = edit.changeInLength,
-        .changeInLines = after.lines - before.lines,
-        .endsInsideLine = !right.piece.endsLine,
-        .first = left.piece.firstRow,
-        .changeInRows = after.rows - before.rows};
+std::string RowMap::checkRun(const Rope& text, const RowRun& run, Range stretch) const
+{
+    const std::u16string units = text.text(stretch) + (stretch.end() > text.length() ? u"\n" : u"");
+    if (std::count(units.begin(), units.end(), u'\n') != run.lines)
+        return "has other lines";
+    const bool startsLine = stretch.location == 0 || text.at(stretch.location - 1) == u'\n';
+    const bool endsLine = units.back() == u'\n';
+    switch (run.kind) {
+    case RowRun::Kind::lines:
+        if (!startsLine || !endsLine || run.rows < run.lines || run.rows % run.lines != 0)
+            return "is not of whole lines";
+        return estimate(text).runsOf(stretch).hasOnlyLines() ? "" : "holds a line that is too long";
+    case RowRun::Kind::segment:
+        if (run.rows < 1 || run.lines > 1 || (run.lines == 1) != endsLine
+            || run.units - run.lines > longestWholeLine)
+            return "is not a segment";
+        return {};
+    case RowRun::Kind::counted: // the cuts of a long line move when it is edited before the stretch
+        return startsLine && estimate(text).counted(stretch) != run ? "is counted wrongly" : "";
+    case RowRun::Kind::rough:
+        return run.rows < std::max<int64_t>(1, run.lines) ? "has too few rows" : "";
+    }
+    return "is of no kind";
 }
 
 std::string RowMap::checkInvariants(const Rope& text) const
 {
     if (std::string broken = m_runs.checkInvariants(); !broken.empty())
         return broken;
-    if (lineCount() != text.lineCount())
-        return "lines: " + std::to_string(lineCount()) + ", in the text: " + std::to_string(text.lineCount());
     std::string broken;
-    int64_t line = 0;
-    int64_t units = 0; // of segments of the line so far
-    int64_t length = 0;
+    int64_t start = 0;
     m_runs.forEach(0, m_runs.size(), [&](const RowRun& run) {
-        if (run.lines > 0) {
-            if (units != 0 && units != length)
-                broken = "the segments before line " + std::to_string(line) + " do not add up";
-            units = 0;
-            length = text.lineRange(Line{line}).length;
-        }
-        units += run.units;
-        if (run.rows < 1 || run.units > longestWholeLine || (run.isSegment() && units > length))
-            broken = "a run at line " + std::to_string(line) + " is out of bounds";
-        line += run.lines;
+        const Range stretch{start, run.units};
+        start = stretch.end();
+        if (run.units < 1 || start > text.length() + 1)
+            broken = "does not fit";
+        else
+            broken = checkRun(text, run, stretch);
         return broken.empty();
     });
-    if (broken.empty() && units != 0 && units != length)
-        broken = "the segments of the last line do not add up";
-    return broken;
+    if (!broken.empty())
+        return "the run that ends at " + std::to_string(start) + " " + broken;
+    return start == text.length() + 1 ? "" : "the runs end at " + std::to_string(start);
 }
 
 } // namespace quillmark

@@ -1,51 +1,34 @@
-// How many rows each line of a text has: measured or estimated, found by line or by row in O(log n), shifted
-// by edits. Long lines are kept as segments whose borders stay where they are while the text between other
-// borders is edited.
+// How many rows each piece of a text has: measured, counted from its length or, where nobody has looked yet,
+// inferred from samples. Found by offset or by row in O(log n), shifted by edits. A new text of any size
+// takes a few samples; a place is looked at when somebody asks for it, and the rest bit by bit (countNear).
+// Long lines are kept as segments whose borders stay where they are while the text between others is edited.
 #pragma once
 
 #include "base/SumTree.h"
+#include "editor/RowRun.h"
 #include "platform/Shaper.h"
 #include "text/TextStorage.h"
 
 #include <string>
-#include <vector>
 
 namespace quillmark {
 
-/// An item of the map: lines with equally many rows, or one segment of a long line.
-struct RowRun {
-    struct Sum {
-        int64_t lines = 0;
-        int64_t rows = 0;
-        int64_t units = 0; ///< of segments alone
-
-        Sum& operator+=(const Sum& other);
-        bool operator==(const Sum&) const = default;
-    };
-
-    int64_t lines = 0; ///< how many; of segments, the first one of its line counts 1 and the others 0
-    int32_t rows = 1; ///< of each line, or of the segment
-    int16_t units = 0; ///< of a segment; 0 when these are lines
-    bool isMeasured = false;
-
-    bool isSegment() const { return units > 0; }
-    Sum summary() const { return {lines, isSegment() ? rows : rows * lines, units}; }
-    bool operator==(const RowRun&) const = default;
+/// In units. Tests make them small, so that a short text has many stretches.
+struct StretchSizes {
+    int64_t walked = 32 * 1024; ///< how much around a place is looked at at once
+    int64_t longest = 256 * 1024; ///< a longer text is not walked when it comes in
 };
 
 class RowMap {
 public:
-    /// A line, or a segment of a long one. Good until the map changes.
+    /// A line, or a segment of a long one. Good until the text changes.
     struct Piece {
+        Range units; ///< in the text, without the line feed
         Line line{};
-        Range units; ///< in the line
+        bool startsLine = true;
         bool endsLine = true;
         Row firstRow{};
         int64_t rows = 1;
-        bool isMeasured = false;
-
-        int64_t index = 0; ///< of the run that holds it
-        int64_t lineInRun = 0;
     };
 
     /// What an edit made anew: whole pieces.
@@ -54,49 +37,58 @@ public:
         int64_t changeInLength = 0;
         int64_t changeInLines = 0;
         bool endsInsideLine = false; ///< a segment of the same line follows
-        Row first{};
-        int64_t changeInRows = 0;
     };
 
     struct Place {
-        Line line{};
-        int64_t start = 0; ///< of the piece, in the line
-        Row firstRow{};
+        int64_t offset = 0; ///< in the piece
+        int64_t rowInPiece = 0;
     };
 
     RowMap(); ///< of the empty text
+
+    void setSizes(StretchSizes sizes) { m_sizes = sizes; } ///< before a rebuild
 
     /// Forgets all measurements. `columns` is how many characters a row takes, for estimates.
     void rebuild(const Rope& text, int64_t columns);
     Change applyEdit(const Rope& oldText, const Rope& text, const TextEdit& edit);
 
-    int64_t lineCount() const { return m_runs.summary().lines; }
-    int64_t rowCount() const { return m_runs.summary().rows; }
-    Row firstRowOf(Line line) const;
-    Place placeOf(Row row) const; ///< 0 ≤ row < rowCount()
+    // All of them want the text that the map was made of.
 
-    /// The piece that shows the caret at an offset in a line of `length` units; between two the affinity
-    /// decides.
-    Piece pieceAt(Line line, int64_t length, int64_t offset, Affinity affinity) const;
-    void setMeasured(const Piece& piece, int rows);
+    int64_t rowCount() const { return m_runs.summary().rows; }
+    Row firstRowAt(const Rope& text, int64_t offset) const; ///< of the piece that starts there
+    /// Where a row is, 0 ≤ row < rowCount(). Looks at what is there, which may move the row: then the place
+    /// is near by.
+    Place placeOf(const Rope& text, Row row);
+    /// The piece that shows the caret at an offset; between two of a line the affinity decides.
+    Piece pieceAt(const Rope& text, int64_t offset, Affinity affinity);
+    void setMeasured(const Piece& piece, int64_t rows);
+
+    bool isCounted() const { return m_runs.summary().rough == 0; } ///< no samples are left
+    /// Counts some text that was not looked at yet, as near to an offset as there is any.
+    void countNear(const Rope& text, int64_t offset);
+
+    /// Goes up whenever the number of rows changes somewhere.
+    uint64_t version() const { return m_version; }
 
     /// The first broken rule in words; empty when the map fits the text. Walks the text: for tests.
     std::string checkInvariants(const Rope& text) const;
 
 private:
-    class Runs;
-    struct Edge;
+    using Found = SumTree<RowRun>::Found;
 
-    int32_t estimatedRows(int64_t units) const;
-    void appendLines(
-        Runs& runs, const Rope& text, Range range, bool startsInsideLine, bool endsInsideLine) const;
-    Edge edgeAt(const Rope& text, int64_t offset) const;
-    void growToLeft(Edge& left, const Edge& right, const Rope& text, int64_t changeInLength) const;
-    void growToRight(const Edge& left, Edge& right, const Rope& text, int64_t changeInLength) const;
-    void replaceRuns(int64_t first, int64_t last, const Runs& middle);
+    Found runAt(int64_t offset) const { return m_runs.find<&RowRun::Sum::units>(offset); }
+    RowEstimate estimate(const Rope& text) const { return {text, m_columns}; }
+    RowRuns runsOf(const Rope& text, Range stretch) const;
+    void open(const Rope& text, int64_t offset);
+    Piece growToLeft(Piece left, const Piece& right, const Rope& oldText, const Rope& text, int64_t change);
+    Piece growToRight(const Piece& left, Piece right, const Rope& oldText, const Rope& text, int64_t change);
+    void replaceRuns(int64_t first, int64_t last, const RowRuns& middle);
+    std::string checkRun(const Rope& text, const RowRun& run, Range stretch) const;
 
     SumTree<RowRun> m_runs;
     int64_t m_columns = 80;
+    StretchSizes m_sizes;
+    uint64_t m_version = 0;
 };
 
 } // namespace quillmark

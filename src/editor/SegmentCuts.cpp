@@ -3,10 +3,13 @@
 #include "text/Unicode.h"
 #include "text/Units.h"
 
+#include <algorithm>
+
 namespace quillmark {
 namespace {
 
 constexpr int64_t blankSearch = 96; ///< how far before the wanted cut a blank is looked for
+constexpr int64_t shortestCut = 500; ///< how far from the start of a part a cut is wanted at the least
 
 /// Characters below the first combining mark stand alone, but for CR LF.
 bool standsAlone(char16_t before, char16_t after)
@@ -35,6 +38,30 @@ int64_t cutNear(const Rope& text, int64_t wanted)
     return boundary > wanted - blankSearch ? boundary : forcedCut(text, wanted);
 }
 
+/// The wanted cuts of a part, as places of a grid.
+struct Grid {
+    explicit Grid(const LinePart& part)
+        : origin(part.lineStart)
+        , first(atOrBehind(part.units.location + shortestCut))
+    {
+    }
+    int64_t atOrBehind(int64_t offset) const
+    {
+        return origin + (offset - origin + segmentTarget - 1) / segmentTarget * segmentTarget;
+    }
+
+    int64_t origin;
+    int64_t first;
+};
+
+/// The cut at a place of the grid, or the end of the part when what is behind the cut before is short enough.
+int64_t cutAt(const Rope& text, const LinePart& part, const Grid& grid, int64_t wanted)
+{
+    const int64_t before = wanted - segmentTarget;
+    const int64_t start = before < grid.first ? part.units.location : cutNear(text, before);
+    return part.units.end() - start <= longestWholeLine ? part.units.end() : cutNear(text, wanted);
+}
+
 } // namespace
 
 bool isCharacterBoundary(const Rope& text, int64_t offset)
@@ -53,21 +80,39 @@ int64_t characterBoundaryAtOrBefore(const Rope& text, int64_t offset)
     return previousGrapheme(text, offset + 1);
 }
 
-std::vector<int64_t> segmentLengths(const Rope& text, Range range)
+std::vector<int64_t> segmentEnds(const Rope& text, const LinePart& part)
 {
-    if (range.length <= longestWholeLine)
-        return {range.length};
-    const int64_t count = (range.length + segmentTarget - 1) / segmentTarget;
-    std::vector<int64_t> lengths;
-    lengths.reserve(static_cast<size_t>(count));
-    int64_t start = range.location;
-    for (int64_t left = count; left > 1; --left) {
-        const int64_t end = cutNear(text, start + (range.end() - start) / left);
-        lengths.push_back(end - start);
-        start = end;
+    const Grid grid(part);
+    std::vector<int64_t> ends;
+    int64_t start = part.units.location;
+    for (int64_t wanted = grid.first; part.units.end() - start > longestWholeLine; wanted += segmentTarget) {
+        start = cutNear(text, wanted);
+        ends.push_back(start);
     }
-    lengths.push_back(range.end() - start);
-    return lengths;
+    ends.push_back(part.units.end());
+    return ends;
+}
+
+int64_t cutAtOrBefore(const Rope& text, const LinePart& part, int64_t offset)
+{
+    const Grid grid(part);
+    // A cut lies at its place of the grid or up to `blankSearch` before it.
+    for (int64_t wanted = grid.atOrBehind(offset); wanted >= grid.first; wanted -= segmentTarget) {
+        const int64_t cut = cutAt(text, part, grid, wanted);
+        if (cut <= offset && cut < part.units.end())
+            return cut;
+    }
+    return part.units.location;
+}
+
+int64_t cutAtOrBehind(const Rope& text, const LinePart& part, int64_t offset)
+{
+    const Grid grid(part);
+    for (int64_t wanted = std::max(grid.first, grid.atOrBehind(offset));; wanted += segmentTarget) {
+        const int64_t cut = cutAt(text, part, grid, wanted);
+        if (cut >= offset)
+            return cut;
+    }
 }
 
 } // namespace quillmark

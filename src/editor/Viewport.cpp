@@ -21,7 +21,7 @@ bool isSameRow(const RowLayout& a, const RowLayout& b)
 
 Viewport::Viewport(LayoutManager& layout)
     : m_layout(layout)
-    , m_rowsMoved(layout.onRowsMoved([this](Row, int64_t) { m_isStale = true; }))
+    , m_rowsMoved(layout.onRowsMoved([this] { m_isStale = true; }))
 {
 }
 

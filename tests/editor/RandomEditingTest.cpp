@@ -1,5 +1,6 @@
 // Random commands against a stupid model of a text and its selection; then all of it is taken back and made
 // again.
+#include "editor/RowMap.h"
 #include "support/MarkedText.h"
 #include "support/Random.h"
 #include "support/TestEditor.h"
@@ -17,6 +18,9 @@ class RandomEditing {
 public:
     void install(std::u16string text)
     {
+        const StretchSizes sizes[]
+            = {{}, {.walked = 100, .longest = 100}, {.walked = 2'000, .longest = 3'000}};
+        editor.view.layoutManager().setStretchSizes(sizes[m_random.below(std::size(sizes))]);
         editor.view.setText(Rope(text));
         m_text = std::move(text);
     }
@@ -117,9 +121,15 @@ private:
         EXPECT_TRUE(editor.view.caretPlace().isVisible);
     }
 
-    /// Scrolling and resizing change nothing in the text.
+    /// Scrolling, resizing, another font and idle moments change nothing in the text.
     void look()
     {
+        if (m_random.oneIn(4))
+            editor.scheduler.advance(std::chrono::milliseconds(m_random.below(200)));
+        if (m_random.oneIn(8)) {
+            editor.shaper.setScale(static_cast<double>(1 + m_random.below(3)));
+            editor.view.fontChanged();
+        }
         if (m_random.oneIn(4))
             editor.view.setVisibleSize(
                 static_cast<double>(1 + m_random.below(400)), static_cast<double>(1 + m_random.below(300)));
@@ -150,8 +160,13 @@ TEST(RandomEditing, AgreesWithAModelAndCanBeTakenBack)
     for (int run = 0; run < 20; ++run) {
         SCOPED_TRACE("run " + std::to_string(run));
         RandomEditing editing;
-        const std::u16string initial
+        std::u16string initial
             = u"first line\n\nmany words that wrap to several rows 漢字漢字漢字漢字\n\tend";
+        while (
+            run % 4 == 0 && initial.size() < 12'000) // a long line, of which some are longer than all others
+            initial += u"word словцо 👍 ";
+        while (run % 4 > 1 && initial.size() < 3'000)
+            initial += u"word\nword словцо word словцо word словцо word словцо 👍\n";
         editing.install(initial);
         for (int step = 0; step < 400; ++step) {
             editing.step();

@@ -1,5 +1,6 @@
 // Scrolling: what stands on the screen stays there while estimates are corrected, text is edited and the
 // width changes.
+#include "editor/RowMap.h"
 #include "editor/SegmentCuts.h"
 #include "support/MarkedText.h"
 #include "support/Random.h"
@@ -275,7 +276,105 @@ TEST(Viewport, ReachesBeyondTwoToThe31Pixels)
     EXPECT_EQ(number(editor.view.visibleRows().front().layout.line), 2'500'000'000 / 300);
 }
 
+TEST(Viewport, HasExactPixelsIn300MillionRows)
+{
+    TestEditor editor;
+    Rope text(u"line\n");
+    while (text.lineCount() < 300'000'000)
+        text.append(Rope(text));
+    const auto rows = static_cast<double>(text.lineCount());
+    editor.view.setText(text);
+    EXPECT_EQ(editor.view.contentHeight(), rows * row);
+    for (const double top : {16'777'217.0, 2'147'483'649.25, rows * row - 10 * row - 1}) {
+        editor.view.scrollTo(top);
+        EXPECT_EQ(editor.view.scrollTop(), top);
+        const auto first = static_cast<int64_t>(top / row);
+        EXPECT_EQ(number(editor.view.visibleRows().front().layout.line), first);
+        EXPECT_EQ(editor.view.offsetAt(2 * cell, row), (static_cast<int64_t>((top + row) / row)) * 5 + 2);
+        editor.view.scrollBy(0.5);
+        EXPECT_EQ(editor.view.scrollTop(), top + 0.5);
+    }
+    editor.view.move(Motion::documentEnd);
+    EXPECT_EQ(editor.view.scrollTop(), rows * row - 10 * row);
+    EXPECT_EQ(editor.view.caretPlace().top, 9 * row);
+    EXPECT_EQ(editor.view.placeOf(0).top, -editor.view.scrollTop());
+}
+
+// Settling
+
+TEST(Settling, MakesTheHeightRightAndMovesNothing)
+{
+    std::u16string text; // rows break anywhere, so that estimates from lengths are right
+    for (int line = 0; text.size() < 3'000'000; ++line)
+        text += std::u16string(static_cast<size_t>(line % 3 * 17 + line / 10'000), u'w') + u'\n';
+    TestEditor walked;
+    walked.view.layoutManager().setStretchSizes({.longest = 10'000'000});
+    walked.view.setText(Rope(text));
+
+    TestEditor editor;
+    editor.view.setText(Rope(text));
+    editor.view.scrollTo(editor.view.contentHeight() / 3 + 7);
+    const VisibleRow before = editor.view.visibleRows().front();
+    EXPECT_NE(editor.view.contentHeight(), walked.view.contentHeight()) << "there is nothing to settle";
+    int told = 0;
+    const Connection connection(editor.view.scrolled().connect([&] { ++told; }));
+    editor.scheduler.advance(std::chrono::milliseconds(99));
+    EXPECT_EQ(told, 0) << "a moment without keys and scrolling comes first";
+    editor.scheduler.advance(std::chrono::seconds(1));
+    EXPECT_GT(told, 1) << "it was not in slices";
+    EXPECT_TRUE(editor.view.layoutManager().isSettled());
+    EXPECT_EQ(editor.view.contentHeight(), walked.view.contentHeight());
+    EXPECT_EQ(editor.view.visibleRows().front().layout.range, before.layout.range);
+    EXPECT_EQ(editor.view.visibleRows().front().top, before.top);
+
+    for (TestEditor* each : {&walked, &editor}) // another width begins anew
+        each->view.setVisibleSize(13 * cell, 10 * row);
+    EXPECT_FALSE(editor.view.layoutManager().isSettled());
+    editor.scheduler.advance(std::chrono::seconds(1));
+    EXPECT_EQ(editor.view.contentHeight(), walked.view.contentHeight());
+    expectSound(editor.view, 10 * row);
+}
+
 // Long lines
+
+TEST(LongLine, OfAHundredMegabytesTakesNoLongerThanAShortOne)
+{
+    TestEditor editor;
+    Rope text(u"word словцо, word ");
+    while (text.length() < 100'000'000)
+        text.append(Rope(text));
+    const int64_t length = text.length();
+    editor.view.setText(text);
+    const auto bounded = [&](const char* what, const std::function<void()>& command) {
+        const int64_t before = editor.shaper.shapedUnits();
+        command();
+        ASSERT_LE(editor.shaper.shapedUnits() - before, 10 * longestWholeLine) << what;
+        ASSERT_TRUE(editor.view.visibleRows().size() >= 10) << what;
+    };
+    PlainTextView& view = editor.view;
+    for (const int64_t caret : {int64_t{0}, length / 2, length}) {
+        view.select({.anchor = caret, .caret = caret});
+        bounded("go", [&] { view.scrollToCaret(); });
+        bounded("type", [&] { view.insertText(u"x"); });
+        bounded("erase", [&] { view.deleteBackward(); });
+        bounded("break", [&] { view.insertNewline(); });
+        bounded("join", [&] { view.undo(); });
+        for (int motion = 0; motion <= static_cast<int>(Motion::documentEnd); ++motion)
+            bounded("move", [&] { view.move(static_cast<Motion>(motion)); });
+    }
+    bounded("select all", [&] { view.selectAll(); });
+    for (int tenth = 0; tenth < 10; ++tenth)
+        bounded("scroll", [&] { view.scrollTo(view.contentHeight() * tenth / 10 + 5); });
+    bounded("wheel", [&] { view.scrollBy(333); });
+    bounded("click", [&] { view.mousePressed(50, 50, Granularity::word, Extend::no); });
+    bounded("drag", [&] { view.mouseDragged(50, 500); });
+    bounded("resize", [&] { view.setVisibleSize(31 * cell, 12 * row); });
+    bounded("font", [&] { view.fontChanged(); });
+    view.select({.anchor = length / 4, .caret = length / 2});
+    bounded("delete", [&] { view.deleteBackward(); });
+    EXPECT_EQ(view.text().length(), length - length / 4);
+    expectSound(view, 12 * row);
+}
 
 TEST(LongLine, IsShownWholeRowByRow)
 {
