@@ -24,7 +24,33 @@ QFont monospacedFont()
     return font;
 }
 
+QString findEmojiFamily()
+{
+    FcPattern* wanted = FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, "emoji", FC_COLOR, FcTypeBool,
+        FcTrue, static_cast<const char*>(nullptr));
+    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
+    FcDefaultSubstitute(wanted);
+    FcResult result = FcResultNoMatch;
+    FcPattern* font = FcFontMatch(nullptr, wanted, &result);
+    FcBool isColored = FcFalse;
+    FcChar8* family = nullptr;
+    QString found;
+    if (font && FcPatternGetBool(font, FC_COLOR, 0, &isColored) == FcResultMatch && isColored
+        && FcPatternGetString(font, FC_FAMILY, 0, &family) == FcResultMatch)
+        found = QString::fromUtf8(reinterpret_cast<const char*>(family));
+    if (font)
+        FcPatternDestroy(font);
+    FcPatternDestroy(wanted);
+    return found;
+}
+
 } // namespace
+
+const QString& emojiFamily()
+{
+    static const QString family = findEmojiFamily();
+    return family;
+}
 
 bool isFontInstalled(std::string_view name)
 {

@@ -4,6 +4,7 @@
 #include "base/Scheduler.h"
 
 #include <QFont>
+#include <QString>
 
 #include <string_view>
 
@@ -14,6 +15,9 @@ bool isFontInstalled(std::string_view name); ///< a family of exactly this name
 /// The named font, or the desktop's monospaced one when the name is empty or not installed, `size`
 /// device-independent pixels high.
 QFont editorFont(std::string_view name, double size);
+
+/// The family of the desktop's font of coloured emoji; empty when there is none. Looked up once.
+const QString& emojiFamily();
 
 QFont withPixelSize(QFont font, double size); ///< fractions included
 

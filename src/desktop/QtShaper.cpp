@@ -1,6 +1,8 @@
 #include "desktop/QtShaper.h"
 
 #include "desktop/DisplayText.h"
+#include "desktop/EmojiRuns.h"
+#include "desktop/Fonts.h"
 
 #include <QFontMetricsF>
 #include <QGlyphRun>
@@ -38,6 +40,28 @@ QString toQString(const std::u16string& text)
     return QString::fromUtf16(text.data(), static_cast<qsizetype>(text.size()));
 }
 
+/// Emoji from their own font; other fonts of the desktop have some of them in black and white. What has a
+/// selector gets no glyph from any other font: emoji fonts have none for the selector itself, and a character
+/// shaped with two fonts falls to pieces.
+QList<QTextLayout::FormatRange> emojiFormats(std::u16string_view text)
+{
+    const std::vector<Range> runs = emojiRuns(text);
+    if (runs.empty() || emojiFamily().isEmpty())
+        return {};
+    QTextCharFormat mergeable;
+    mergeable.setFontFamilies({emojiFamily()});
+    QTextCharFormat whole = mergeable;
+    whole.setFontStyleStrategy(QFont::NoFontMerging);
+    QList<QTextLayout::FormatRange> formats;
+    for (const Range& run : runs) {
+        const auto units = text.substr(static_cast<size_t>(run.location), static_cast<size_t>(run.length));
+        const bool hasSelector = units.find(u'\uFE0F') != units.npos;
+        formats.append(
+            {static_cast<int>(run.location), static_cast<int>(run.length), hasSelector ? whole : mergeable});
+    }
+    return formats;
+}
+
 /// Joins spans that touch, so that a selection has no seams.
 std::vector<Span> joined(std::vector<Span> spans)
 {
@@ -62,6 +86,8 @@ QtShapedText::QtShapedText(
 {
     m_layout.setCacheEnabled(true); // the layout is drawn again and again
     m_layout.setTextOption(optionsFor(metrics));
+    if (const auto formats = emojiFormats(text); !formats.isEmpty())
+        m_layout.setFormats(formats);
     m_layout.beginLayout();
     for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
         line.setLineWidth(std::max(1.0, wrapWidth));
@@ -78,7 +104,9 @@ Range QtShapedText::row(int row) const
 
 double QtShapedText::width(int row) const
 {
-    return line(row).naturalTextWidth();
+    const QTextLine shaped = line(row);
+    const double end = shaped.cursorToX(shaped.textStart() + shaped.textLength()); // behind spaces at a wrap
+    return std::max(shaped.horizontalAdvance(), end);
 }
 
 double QtShapedText::xOfOffset(int row, int64_t offset) const

@@ -1,6 +1,8 @@
 #include "desktop/QtShaper.h"
 #include "desktop/DisplayText.h"
+#include "desktop/EmojiRuns.h"
 #include "desktop/Fonts.h"
+#include "text/Unicode.h"
 
 #include <QFontInfo>
 #include <QImage>
@@ -145,6 +147,49 @@ TEST(QtShaper, FallbackFontsDoNotMoveTheBaseline)
     const auto plain = shaped(u"Ag");
     const int width = static_cast<int>(plain->width(0));
     EXPECT_EQ(drawn(*plain, width), drawn(*shaped(u"Ag\u3000漢😀ཪྵ"), width));
+}
+
+TEST(EmojiRuns, AreWhatIsShownAsEmojiAndNothingElse)
+{
+    const std::u16string_view emoji[]
+        = {u"😀", u"👩‍👩‍👧‍👦", u"👍🏽", u"☝🏽", u"🇷🇺", u"1\uFE0F\u20E3", u"❤\uFE0F",
+            u"❤\uFE0F\u200D🔥", u"⚡", u"✅", u"🏴󠁧󠁢󠁳󠁣󠁴󠁿", u"©\uFE0F"};
+    for (const auto character : emoji) {
+        const auto length = static_cast<int64_t>(character.size());
+        EXPECT_EQ(emojiRuns(character), std::vector{Range({0, length})}) << utf8(character);
+        const std::u16string twice = std::u16string(character) + std::u16string(character);
+        EXPECT_EQ(emojiRuns(u"аб" + twice + u"в"), std::vector{Range({2, 2 * length})}) << utf8(character);
+    }
+    for (const std::u16string_view plain :
+        {u"12 #* ©®™ ℹ ☺ ❤ ↔ ▶", u"⚡\uFE0E", u"─│┌ ⠿ ■", u"漢字 हिन्दी שלום", u"\xFE0F", u"x\xFE0F", u""})
+        EXPECT_TRUE(emojiRuns(plain).empty()) << utf8(plain);
+    const char16_t broken[] = {0xD83D, u'x', 0xDE00, 0xD83C};
+    EXPECT_TRUE(emojiRuns({broken, 4}).empty());
+}
+
+TEST(QtShaper, DrawsEmojiInColorAndTheirNeighboursInThePen)
+{
+    const auto isColored = [](std::u16string_view text) {
+        const auto layout = shaped(text);
+        const QImage image = drawn(*layout, static_cast<int>(layout->width(0)) + 4);
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                if (QColor(image.pixel(x, y)).saturation() > 60)
+                    return true;
+        return false;
+    };
+    for (const std::u16string_view emoji : {u"😀", u"⚡", u"❤\uFE0F", u"1\uFE0F\u20E3"})
+        EXPECT_TRUE(isColored(emoji)) << utf8(emoji);
+    for (const std::u16string_view plain : {u"123#", u"©™", u"❤", u"⚡\uFE0E"})
+        EXPECT_FALSE(isColored(plain)) << utf8(plain);
+}
+
+TEST(QtShaper, ComposesAnEmojiOfManyCharacters)
+{
+    const double one = shaped(u"😀")->width(0);
+    for (const std::u16string_view emoji : {u"👩‍👩‍👧‍👦", u"👍🏽", u"🇷🇺", u"1\uFE0F\u20E3",
+             u"❤\uFE0F", u"❤\uFE0F\u200D🔥", u"🏳\uFE0F\u200D🌈", u"🏴󠁧󠁢󠁳󠁣󠁴󠁿"})
+        EXPECT_NEAR(shaped(emoji)->width(0), one, 0.5) << utf8(emoji);
 }
 
 TEST(QtShaper, SelectionFollowsMixedDirections)
