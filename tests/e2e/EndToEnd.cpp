@@ -24,6 +24,12 @@ Desk::Desk(XServer* screen)
     for (const char* folder : {"Documents", ".config", ".local/state", ".local/share", ".cache", "run"})
         fs::create_directories(m_home / folder);
     fs::permissions(m_home / "run", fs::perms::owner_all);
+    m_environment = {{"HOME", m_home}, {"XDG_CONFIG_HOME", m_home / ".config"},
+        {"XDG_STATE_HOME", m_home / ".local/state"}, {"XDG_DATA_HOME", m_home / ".local/share"},
+        {"XDG_CACHE_HOME", m_home / ".cache"}, {"XDG_RUNTIME_DIR", m_home / "run"},
+        {"XDG_DOCUMENTS_DIR", m_home / "Documents"}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"},
+        {"QT_QPA_PLATFORM", screen ? "xcb" : "offscreen"}, {"QT_SCALE_FACTOR", "1"},
+        {"DISPLAY", screen ? screen->display() : ""}, {"WAYLAND_DISPLAY", ""}};
 }
 
 Desk::~Desk()
@@ -34,17 +40,16 @@ Desk::~Desk()
     fs::remove_all(m_home, ignored);
 }
 
+void Desk::setEnvironment(const std::string& name, const std::string& value)
+{
+    m_environment[name] = value;
+}
+
 void Desk::startOnly(std::vector<std::string> arguments)
 {
     m_process = spawn({.program = QUILLMARK_PROGRAM,
         .arguments = std::move(arguments),
-        .environment = {{"HOME", m_home}, {"XDG_CONFIG_HOME", m_home / ".config"},
-            {"XDG_STATE_HOME", m_home / ".local/state"}, {"XDG_DATA_HOME", m_home / ".local/share"},
-            {"XDG_CACHE_HOME", m_home / ".cache"}, {"XDG_RUNTIME_DIR", m_home / "run"},
-            {"XDG_DOCUMENTS_DIR", m_home / "Documents"},
-            {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"},
-            {"QT_QPA_PLATFORM", m_screen ? "xcb" : "offscreen"}, {"QT_SCALE_FACTOR", "1"},
-            {"DISPLAY", m_screen ? m_screen->display() : ""}, {"WAYLAND_DISPLAY", ""}},
+        .environment = m_environment,
         .outputFile = m_home / "log"});
 }
 

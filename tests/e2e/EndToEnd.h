@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@ public:
     explicit Desk(XServer* screen); ///< null: Qt's offscreen platform
     ~Desk();
 
+    void setEnvironment(const std::string& name, const std::string& value); ///< of the next start
     void start(std::vector<std::string> arguments = {}); ///< returns when the window is there
     void startOnly(std::vector<std::string> arguments); ///< does not wait for a window
     std::optional<int> quit(); ///< Ctrl+Q; the exit code
@@ -38,6 +40,7 @@ public:
 private:
     XServer* m_screen;
     std::filesystem::path m_home;
+    std::map<std::string, std::string> m_environment;
     pid_t m_process = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "app/editor/EditorView.h"
 
 #include "app/Paint.h"
+#include "app/editor/EditorAccessible.h"
 #include "app/editor/EditorKeys.h"
 #include "desktop/Fonts.h"
 
@@ -46,6 +47,7 @@ EditorView::EditorView(Scheduler& scheduler, Clipboard& clipboard, QWidget* pare
     m_connections.emplace_back(m_text.scrolled().connect([this] { placeScrollBar(); }));
     m_connections.emplace_back(
         m_scrollBar->scrollRequested().connect([this](double top) { m_text.scrollTo(top); }));
+    m_announcer = std::make_unique<EditorAnnouncer>(*this);
 }
 
 EditorView::~EditorView() = default;
@@ -62,6 +64,7 @@ void EditorView::setEditable(bool editable)
         return;
     m_text.setEditable(editable);
     updateMicroFocus(Qt::ImEnabled);
+    m_announcer->editabilityChanged();
 }
 
 bool EditorView::event(QEvent* event)
@@ -144,6 +147,7 @@ void EditorView::refresh(MayScroll mayScroll)
 
 void EditorView::paintEvent(QPaintEvent* event)
 {
+    screenChanged(); // a screen may change its scale without a word
     if (m_isRefreshPending)
         refresh(MayScroll::no);
     QPainter painter(this);

@@ -14,6 +14,8 @@ class QMenu;
 
 namespace quillmark {
 
+class EditorAnnouncer;
+
 class EditorView : public QWidget {
 public:
     static constexpr int horizontalInset = 20;
@@ -24,6 +26,7 @@ public:
 
     PlainTextView& textView() { return m_text; }
     void setEditorFont(const QFont& font); ///< of existing and of new text; the text itself is not touched
+    const QFont& textFont() const { return m_shaper.font(); }
     void setEditable(bool editable);
     Signal<>& boundsChanged() { return m_boundsChanged; } ///< after every scroll and resize
 
@@ -89,6 +92,7 @@ private:
 
     Signal<> m_boundsChanged;
     std::vector<Connection> m_connections;
+    std::unique_ptr<EditorAnnouncer> m_announcer;
 };
 
 } // namespace quillmark

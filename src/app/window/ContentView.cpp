@@ -2,6 +2,7 @@
 
 #include "app/Paint.h"
 #include "app/editor/EditorView.h"
+#include "app/window/AccessibleWidgets.h"
 #include "app/window/EditorArea.h"
 #include "app/window/MainMenu.h"
 #include "app/window/NoticeBanner.h"
@@ -37,6 +38,7 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     : m_app(app)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    installAccessibleWidgets();
     m_sidebar = new SidebarView(app, this);
     auto* split = new SplitView(m_sidebar, makeDetail(scheduler, clipboard), this);
     QVBoxLayout* column = makeColumn(this);

@@ -61,6 +61,11 @@ bool TabItemView::isActive() const
     return m_app.activeTabID.get() == m_tab->id;
 }
 
+void TabItemView::activate()
+{
+    m_app.selectTab(m_tab->id);
+}
+
 void TabItemView::close()
 {
     m_app.closeTab(m_tab->id);
@@ -142,7 +147,7 @@ void TabItemView::leaveEvent(QEvent*)
 void TabItemView::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::LeftButton)
-        m_app.selectTab(m_tab->id);
+        activate();
 }
 
 void TabItemView::mouseReleaseEvent(QMouseEvent* event)

@@ -17,6 +17,7 @@ public:
 
     const Uuid& tabID() const { return m_tab->id; }
     bool isActive() const;
+    void activate();
     SymbolButton& closeButton() { return *m_close; }
 
     QSize sizeHint() const override;

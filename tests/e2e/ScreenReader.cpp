@@ -1,0 +1,291 @@
+#include "ScreenReader.h"
+
+#include <stdexcept>
+
+namespace quillmark::test {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int callLimit = 30'000; ///< milliseconds
+constexpr Duration eventLimit = 20s;
+constexpr size_t largestTree = 400;
+constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
+constexpr const char* textInterface = "org.a11y.atspi.Text";
+constexpr const char* editableTextInterface = "org.a11y.atspi.EditableText";
+
+const Accessible registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+
+std::string wordsOf(GError* error)
+{
+    std::string words = error ? error->message : "unknown";
+    g_clear_error(&error);
+    return words;
+}
+
+GDBusConnection* connectTo(const std::string& address)
+{
+    GError* error = nullptr;
+    auto flags = static_cast<GDBusConnectionFlags>(
+        G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
+    GDBusConnection* bus
+        = g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, &error);
+    if (!bus)
+        throw std::runtime_error("bus: " + wordsOf(error));
+    return bus;
+}
+
+GVariant* callOn(GDBusConnection* bus, const Accessible& object, const char* interface, const char* method,
+    GVariant* arguments)
+{
+    GError* error = nullptr;
+    GVariant* answer = g_dbus_connection_call_sync(bus, object.program.c_str(), object.path.c_str(),
+        interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, callLimit, nullptr, &error);
+    if (!answer)
+        throw std::runtime_error(std::string(method) + ": " + wordsOf(error));
+    return answer;
+}
+
+/// The parts of a tuple; takes the reference.
+template <class... Parts> void read(GVariant* tuple, const char* format, Parts*... parts)
+{
+    g_variant_get(tuple, format, parts...);
+    g_variant_unref(tuple);
+}
+
+std::string readString(GVariant* tuple)
+{
+    char* text = nullptr;
+    read(tuple, "(s)", &text);
+    std::string result = text;
+    g_free(text);
+    return result;
+}
+
+std::string stringIn(GVariant* boxed) ///< empty for anything but a string
+{
+    GVariant* inner = g_variant_get_variant(boxed);
+    std::string result
+        = g_variant_is_of_type(inner, G_VARIANT_TYPE_STRING) ? g_variant_get_string(inner, nullptr) : "";
+    g_variant_unref(inner);
+    return result;
+}
+
+} // namespace
+
+ScreenReader::ScreenReader(const std::filesystem::path& runFolder, const XServer& screen)
+{
+    const std::string socket = "unix:path=" + (runFolder / "session").string();
+    m_sessionAddress = socket;
+    m_daemon = spawn({.program = "dbus-daemon",
+        .arguments = {"--session", "--nofork", "--nopidfile", "--address=" + socket},
+        .environment
+        = {{"XDG_RUNTIME_DIR", runFolder}, {"GSETTINGS_BACKEND", "memory"}, {"DISPLAY", screen.display()}},
+        .quiet = true});
+    if (!eventually([&] { return std::filesystem::exists(runFolder / "session"); }, eventLimit))
+        throw std::runtime_error("no session bus");
+    GDBusConnection* session = connectTo(socket);
+    const std::string address = readString(
+        callOn(session, {"org.a11y.Bus", "/org/a11y/bus"}, "org.a11y.Bus", "GetAddress", nullptr));
+    g_object_unref(session);
+    m_bus = connectTo(address);
+}
+
+ScreenReader::~ScreenReader()
+{
+    g_object_unref(m_bus);
+    killAndWait(m_daemon); // the accessibility bus ends with it
+}
+
+void ScreenReader::listen()
+{
+    for (const char* event :
+        {"Object:TextChanged", "Object:TextCaretMoved", "Object:TextSelectionChanged", "Object:StateChanged"})
+        g_variant_unref(callOn(m_bus, {registry.program, "/org/a11y/atspi/registry"},
+            "org.a11y.atspi.Registry", "RegisterEvent", g_variant_new("(sass)", event, nullptr, "")));
+    g_dbus_connection_signal_subscribe(m_bus, nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr,
+        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &ScreenReader::received, this, nullptr);
+}
+
+void ScreenReader::received(GDBusConnection*, const char* sender, const char* path, const char*,
+    const char* signal, GVariant* arguments, void* self)
+{
+    const char* detail = nullptr;
+    GVariant* value = nullptr;
+    AccessibleEvent event;
+    event.source = {sender, path};
+    if (g_variant_n_children(arguments) < 4)
+        return;
+    g_variant_get_child(arguments, 0, "&s", &detail);
+    g_variant_get_child(arguments, 1, "i", &event.first);
+    g_variant_get_child(arguments, 2, "i", &event.second);
+    value = g_variant_get_child_value(arguments, 3);
+    event.text = stringIn(value);
+    g_variant_unref(value);
+    event.name = *detail ? std::string(signal) + ":" + detail : signal;
+    static_cast<ScreenReader*>(self)->m_events.push_back(std::move(event));
+}
+
+std::optional<AccessibleEvent> ScreenReader::waitForEvent(
+    const std::string& name, const std::function<bool(const AccessibleEvent&)>& fits)
+{
+    std::optional<AccessibleEvent> found;
+    eventually(
+        [&] {
+            while (g_main_context_iteration(nullptr, FALSE)) {}
+            while (!m_events.empty() && !found) {
+                if (m_events.front().name == name && fits(m_events.front()))
+                    found = m_events.front();
+                m_events.pop_front();
+            }
+            return found.has_value();
+        },
+        eventLimit);
+    return found;
+}
+
+GVariant* ScreenReader::call(
+    const Accessible& object, const char* interface, const char* method, GVariant* arguments)
+{
+    return callOn(m_bus, object, interface, method, arguments);
+}
+
+GVariant* ScreenReader::property(const Accessible& object, const char* interface, const char* name)
+{
+    GVariant* boxed = nullptr;
+    read(call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name)),
+        "(v)", &boxed);
+    return boxed;
+}
+
+// The tree
+
+void ScreenReader::addTree(const Accessible& object, std::vector<Node>& nodes)
+{
+    if (nodes.size() >= largestTree)
+        return;
+    Node node;
+    node.object = object;
+    read(call(object, accessibleInterface, "GetRole", nullptr), "(u)", &node.role);
+    node.name = name(object);
+    nodes.push_back(node);
+    GVariant* answer = call(object, accessibleInterface, "GetChildren", nullptr);
+    GVariantIter* children = nullptr;
+    g_variant_get(answer, "(a(so))", &children);
+    const char* program = nullptr;
+    const char* path = nullptr;
+    while (g_variant_iter_loop(children, "(&s&o)", &program, &path))
+        if (std::string_view(path) != "/org/a11y/atspi/null")
+            addTree({program, path}, nodes);
+    g_variant_iter_free(children);
+    g_variant_unref(answer);
+}
+
+std::vector<ScreenReader::Node> ScreenReader::tree()
+{
+    std::vector<Node> nodes;
+    addTree(registry, nodes);
+    return nodes;
+}
+
+std::optional<Accessible> ScreenReader::waitFor(Role role)
+{
+    std::optional<Accessible> found;
+    eventually(
+        [&] {
+            try {
+                for (const Node& node : tree())
+                    if (node.role == static_cast<uint32_t>(role) && !found)
+                        found = node.object;
+            } catch (const std::runtime_error&) { // the program changes its windows meanwhile
+            }
+            return found.has_value();
+        },
+        eventLimit);
+    return found;
+}
+
+std::string ScreenReader::name(const Accessible& object)
+{
+    GVariant* value = property(object, accessibleInterface, "Name");
+    std::string result = g_variant_get_string(value, nullptr);
+    g_variant_unref(value);
+    return result;
+}
+
+bool ScreenReader::has(const Accessible& object, State state)
+{
+    GVariant* answer = call(object, accessibleInterface, "GetState", nullptr);
+    GVariant* words = g_variant_get_child_value(answer, 0);
+    const auto number = static_cast<uint32_t>(state);
+    uint32_t word = 0;
+    g_variant_get_child(words, number / 32, "u", &word);
+    g_variant_unref(words);
+    g_variant_unref(answer);
+    return word >> (number % 32) & 1;
+}
+
+// Texts
+
+std::string ScreenReader::text(const Accessible& object, int start, int end)
+{
+    return readString(call(object, textInterface, "GetText", g_variant_new("(ii)", start, end)));
+}
+
+ScreenReader::Answer ScreenReader::textAt(const Accessible& object, int offset, uint32_t boundary)
+{
+    Answer answer;
+    char* text = nullptr;
+    read(call(object, textInterface, "GetTextAtOffset", g_variant_new("(iu)", offset, boundary)), "(sii)",
+        &text, &answer.start, &answer.end);
+    answer.text = text;
+    g_free(text);
+    return answer;
+}
+
+int ScreenReader::characterCount(const Accessible& object)
+{
+    GVariant* value = property(object, textInterface, "CharacterCount");
+    const int count = g_variant_get_int32(value);
+    g_variant_unref(value);
+    return count;
+}
+
+int ScreenReader::caret(const Accessible& object)
+{
+    GVariant* value = property(object, textInterface, "CaretOffset");
+    const int offset = g_variant_get_int32(value);
+    g_variant_unref(value);
+    return offset;
+}
+
+void ScreenReader::setCaret(const Accessible& object, int offset)
+{
+    g_variant_unref(call(object, textInterface, "SetCaretOffset", g_variant_new("(i)", offset)));
+}
+
+std::optional<std::pair<int, int>> ScreenReader::selection(const Accessible& object)
+{
+    int count = 0;
+    read(call(object, textInterface, "GetNSelections", nullptr), "(i)", &count);
+    if (count == 0)
+        return std::nullopt;
+    std::pair<int, int> range;
+    read(call(object, textInterface, "GetSelection", g_variant_new("(i)", 0)), "(ii)", &range.first,
+        &range.second);
+    return range;
+}
+
+void ScreenReader::insert(const Accessible& object, int offset, const std::string& text, int count)
+{
+    g_variant_unref(call(
+        object, editableTextInterface, "InsertText", g_variant_new("(isi)", offset, text.c_str(), count)));
+}
+
+void ScreenReader::remove(const Accessible& object, int start, int end)
+{
+    g_variant_unref(call(object, editableTextInterface, "DeleteText", g_variant_new("(ii)", start, end)));
+}
+
+} // namespace quillmark::test
