@@ -108,4 +108,26 @@ BENCHMARK_CAPTURE(installGigabyte, line, Lines::one)
     ->Name("Layout/InstallLongLine1GB")
     ->Unit(benchmark::kMillisecond);
 
+/// All idle moments together.
+void settle(benchmark::State& state, int64_t size, Lines lines)
+{
+    TextStorage storage;
+    storage.replace({0, 0}, makeRope(size, lines));
+    test::FixedShaper shaper;
+    LayoutManager layout(storage, shaper);
+    int width = 800;
+    for (auto _ : state) {
+        layout.setWrapWidth(++width);
+        while (!layout.isSettled())
+            layout.settleNear(size / 2);
+        benchmark::DoNotOptimize(layout.rowCount());
+    }
+}
+BENCHMARK_CAPTURE(settle, log, large, Lines::ofWords)
+    ->Name("Layout/Settle20MB")
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(settle, line, longLine, Lines::one)
+    ->Name("Layout/SettleLongLine10MB")
+    ->Unit(benchmark::kMillisecond);
+
 } // namespace

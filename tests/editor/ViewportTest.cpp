@@ -118,9 +118,10 @@ TEST(Viewport, CorrectedEstimatesDoNotMoveWhatIsVisible)
     expectSound(editor.view, 10 * row);
 }
 
-TEST(Viewport, ScrollsUpIntoUnmeasuredTextWithoutAJump)
+void expectNoJumpScrollingUp(StretchSizes sizes)
 {
     TestEditor editor;
+    editor.view.layoutManager().setStretchSizes(sizes);
     editor.view.setText(Rope(awkwardLines(200)));
     editor.view.scrollTo(1e9);
     for (int i = 0; i < 2000 && editor.view.scrollTop() > 0; ++i) {
@@ -135,6 +136,12 @@ TEST(Viewport, ScrollsUpIntoUnmeasuredTextWithoutAJump)
     }
     EXPECT_EQ(editor.view.visibleRows().front().layout.range.location, 0);
     EXPECT_EQ(editor.view.scrollTop(), 0);
+}
+
+TEST(Viewport, ScrollsUpIntoUnmeasuredTextWithoutAJump)
+{
+    expectNoJumpScrollingUp({});
+    expectNoJumpScrollingUp({.walked = 300, .longest = 300});
 }
 
 TEST(Viewport, EditsAboveDoNotMoveWhatIsVisible)
