@@ -80,8 +80,8 @@ public:
     }
 
     /// Runs `work(const CancelToken&)` on another thread and then `then(result)` on the main thread, unless
-    /// the Task is cancelled first. Work should look at its token now and then. `work` must own what it
-    /// reads.
+    /// the Task is cancelled first: then the result, which may be large, dies on another thread too. Work
+    /// should look at its token now and then. `work` must own what it reads.
     template <class Work, class Then> [[nodiscard]] Task background(Priority priority, Work work, Then then)
     {
         using Value = std::invoke_result_t<Work, const CancelToken&>;
@@ -93,9 +93,13 @@ public:
             if (token.isCancelled())
                 return;
             value->emplace(work(token));
-            post([flag, value, sharedThen] {
+            if (token.isCancelled())
+                return;
+            post([this, flag, value, sharedThen] {
                 if (!flag->exchange(true))
                     (*sharedThen)(std::move(**value));
+                else
+                    runInBackground(Priority::utility, [value] { value->reset(); });
             });
         });
         return Task(std::move(flag));

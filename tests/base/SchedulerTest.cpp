@@ -66,6 +66,20 @@ TEST(Task, MovedFromTaskNoLongerCancels)
     EXPECT_EQ(calls, 1);
 }
 
+TEST(Background, AResultThatNobodyWantsDiesOnAnotherThread)
+{
+    ManualScheduler scheduler;
+    const auto value = std::make_shared<int>(1);
+    const auto work = [&](const CancelToken&) { return std::shared_ptr<int>(value); };
+    Task task = scheduler.background(Priority::utility, work, [](const auto&) { FAIL(); });
+    scheduler.runBackground();
+    task.cancel();
+    scheduler.runPosted();
+    EXPECT_EQ(value.use_count(), 2);
+    scheduler.runBackground();
+    EXPECT_EQ(value.use_count(), 1);
+}
+
 TEST(Background, ResultArrivesOnTheMainThreadAfterTheWork)
 {
     ManualScheduler scheduler;
