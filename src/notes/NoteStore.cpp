@@ -190,6 +190,16 @@ void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
     scheduleRename(id);
 }
 
+void NoteStore::setByteSize(Uuid id, int64_t byteSize)
+{
+    const Note* found = find(id);
+    if (!found || found->byteSize == byteSize)
+        return;
+    Note note = *found;
+    note.byteSize = byteSize;
+    update(note);
+}
+
 // ---- Files
 
 Path NoteStore::uniqueNoteURL(std::string_view baseName) const

@@ -70,6 +70,7 @@ public:
     /// The text of a note is in its file, or queued to be: refreshes the record and sorts the list.
     /// `byteSize` is that of the file as written. The file gets its title's name 5 s after the last save.
     void noteDidSave(Uuid id, const Rope& text, int64_t byteSize);
+    void setByteSize(Uuid id, int64_t byteSize); ///< of a file that has been written
     void renameFileIfNeeded(Uuid id); ///< now instead of later
 
     /// Calls `slot()` after a note's file got another name.

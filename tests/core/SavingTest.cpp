@@ -129,9 +129,9 @@ TEST_F(SavingTest, TheSizeOfAQueuedTextIsThatOfItsBytes)
     start();
     type(std::string(600 * 1024, 'x') + "йцукен — 👨‍👩‍👧‍👦\n");
     scheduler.advance(800ms);
-    const int64_t announced = app->store.notes->front().byteSize;
     scheduler.settle();
-    EXPECT_EQ(disk.infoOf(app->store.notes->front().url).size, announced);
+    const Note& note = app->store.notes->front();
+    EXPECT_EQ(note.byteSize, disk.infoOf(note.url).size);
 }
 
 TEST_F(SavingTest, NoOlderTextOvertakesAnImmediateWrite)

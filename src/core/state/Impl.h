@@ -25,6 +25,7 @@ struct AppState::Impl {
     /// A document whose text the write queue has taken over.
     struct QueuedSave {
         Uuid document;
+        std::optional<Uuid> note; ///< whose record learns the size of the file as written
         LineEnds lineEnds = LineEnds::lf;
     };
 

@@ -69,6 +69,8 @@ void AppState::Impl::queuedWriteEnded(const WriteQueue::Outcome& outcome)
     if (!outcome.result || save == queuedSaves.end())
         return;
     journal.saved(save->second.document, outcome.version);
+    if (save->second.note)
+        app.store.setByteSize(*save->second.note, outcome.result->bytes);
     if (!writeQueue.pendingText(outcome.target))
         queuedSaves.erase(save);
 }

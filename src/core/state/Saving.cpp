@@ -36,7 +36,7 @@ int64_t utf8Length(std::span<const char16_t> units)
     return bytes;
 }
 
-/// In bytes, with line feeds. One pass without conversion: a flush may ask this of a large text.
+/// In bytes, with line feeds.
 int64_t utf8Length(const Rope& text)
 {
     int64_t bytes = 0;
@@ -45,6 +45,16 @@ int64_t utf8Length(const Rope& text)
         return true;
     });
     return bytes;
+}
+
+/// Whether nobody shall wait for its write: it has backgroundThreshold bytes or more. Counts them only where
+/// the length does not tell.
+bool isLarge(const Rope& text)
+{
+    constexpr int64_t mostBytesPerUnit = 3;
+    if (text.length() >= backgroundThreshold)
+        return true;
+    return text.length() * mostBytesPerUnit >= backgroundThreshold && utf8Length(text) >= backgroundThreshold;
 }
 
 } // namespace
@@ -102,7 +112,8 @@ void AppState::Impl::announceEncoding(EditorTab& tab)
     app.encodingName.set("UTF-8");
 }
 
-/// Writes the current text, or queues it, and returns the size of the file as written.
+/// Writes the current text, or queues it, and returns the size of the file as written, which of a queued text
+/// is known when it is: until then it is the least that it can be.
 Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBackground)
 {
     if (const Status allowed = mayReplace(url); !allowed)
@@ -114,11 +125,11 @@ Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBack
         .text = currentText,
         .lineEnds = lineEndsOf(app),
         .version = journal.version(document.id)};
-    const int64_t size = utf8Length(currentText);
-    if (allowBackground == AllowBackground::yes && size >= backgroundThreshold) {
-        queuedSaves[url.native()] = {.document = document.id, .lineEnds = request.lineEnds};
+    if (allowBackground == AllowBackground::yes && isLarge(currentText)) {
+        queuedSaves[url.native()]
+            = {.document = document.id, .note = app.activeNoteID(), .lineEnds = request.lineEnds};
         writeQueue.enqueue(request);
-        return size + (request.lineEnds == LineEnds::crlf ? currentText.lineCount() - 1 : 0);
+        return currentText.length() + (request.lineEnds == LineEnds::crlf ? currentText.lineCount() - 1 : 0);
     }
     queuedSaves.erase(url.native()); // what is queued is older
     const auto written = writeQueue.writeNow(request);
