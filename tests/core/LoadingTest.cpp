@@ -45,6 +45,23 @@ TEST_F(LoadingTest, ALargeFileThatWasLeftNeverShows)
     EXPECT_EQ(disk.bytes("/docs/other"), "other");
 }
 
+TEST_F(LoadingTest, NobodyReadsOnWhatWasLeft)
+{
+    disk.putFile("/docs/huge", std::string(limit + 1, 'h'));
+    disk.putFile("/docs/other", "other");
+    start();
+    open("/docs/other");
+    open("/docs/huge");
+    int reads = 0;
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation == DiskOperation::read && call.path == "/docs/huge" && ++reads == 3)
+            select(1);
+    });
+    scheduler.settle();
+    EXPECT_EQ(reads, 3);
+    EXPECT_EQ(shown(), "other");
+}
+
 TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
 {
     const std::string bytes(half, 'l');
@@ -69,6 +86,18 @@ TEST_F(LoadingTest, AboveTwentyMegabytesReadOnly)
     EXPECT_TRUE(app->isReadOnly.get());
     select(0);
     EXPECT_FALSE(app->isReadOnly.get());
+}
+
+TEST_F(LoadingTest, AFileInPiecesIsReadInTheEncodingThatFitsAllOfIt)
+{
+    disk.putFile("/docs/late", std::string(limit, 'x') + "\r\n\xcf\xf0");
+    start();
+    open("/docs/late");
+    scheduler.settle();
+    EXPECT_EQ(view.text().length(), limit + 3);
+    EXPECT_EQ(view.text().text({limit, 3}), u"\nПр");
+    EXPECT_EQ(app->encodingName.get(), "CP1251");
+    EXPECT_EQ(app->lineEndings.get(), "CRLF");
 }
 
 TEST_F(LoadingTest, FactsAndLanguageOfTheFile)

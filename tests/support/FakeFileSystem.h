@@ -76,6 +76,7 @@ public:
     void failOnce(DiskOperation operation, int code, std::string pathPart = {});
     void setCapacity(int64_t bytes); ///< of all files together; a write at the edge is short, the next ENOSPC
     void setLargestWrite(size_t bytes); ///< every longer write is short
+    void setLargestRead(size_t bytes); ///< every longer read is short
     void heal();
     /// Called before each operation, without a lock held: may crank a clock, block, or change the disk.
     void setHook(std::function<void(const Call&)> hook);
@@ -133,6 +134,7 @@ private:
     std::shared_ptr<std::atomic<int64_t>> m_used = std::make_shared<std::atomic<int64_t>>(0);
     std::optional<int64_t> m_capacity;
     std::optional<size_t> m_largestWrite;
+    std::optional<size_t> m_largestRead;
     std::vector<Fault> m_faults;
     std::function<void(const Call&)> m_hook;
     std::vector<Call> m_calls;

@@ -162,12 +162,19 @@ void FakeFileSystem::setLargestWrite(size_t bytes)
     m_largestWrite = bytes;
 }
 
+void FakeFileSystem::setLargestRead(size_t bytes)
+{
+    const std::lock_guard lock(m_mutex);
+    m_largestRead = bytes;
+}
+
 void FakeFileSystem::heal()
 {
     const std::lock_guard lock(m_mutex);
     m_faults.clear();
     m_capacity.reset();
     m_largestWrite.reset();
+    m_largestRead.reset();
 }
 
 void FakeFileSystem::setHook(std::function<void(const Call&)> hook)

@@ -26,7 +26,8 @@ Result<size_t> FakeFileSystem::OpenFile::read(std::span<std::byte> into)
         return std::unexpected(status.error());
     const std::lock_guard lock(m_disk.m_mutex);
     const std::string& bytes = m_node->bytes;
-    const size_t count = m_offset < bytes.size() ? std::min(into.size(), bytes.size() - m_offset) : 0;
+    const size_t wanted = std::min(into.size(), m_disk.m_largestRead.value_or(into.size()));
+    const size_t count = m_offset < bytes.size() ? std::min(wanted, bytes.size() - m_offset) : 0;
     std::copy_n(
         reinterpret_cast<const std::byte*>(bytes.data()) + (count ? m_offset : 0), count, into.begin());
     m_offset += count;

@@ -2,10 +2,14 @@
 
 #include "text/Unicode.h"
 
+#include <algorithm>
+
+#include <malloc.h>
+
 namespace quillmark {
 namespace {
 
-constexpr int64_t readOnlyAbove = 20 * 1024 * 1024; // bytes
+constexpr int64_t hugeText = 4 * 1024 * 1024; ///< units; what it leaves behind goes back to the system
 constexpr int64_t sniffedCharacters = 2048;
 constexpr int64_t sniffedUnits = 64 * sniffedCharacters; // bounds what endless combining marks cost
 
@@ -34,7 +38,7 @@ void AppState::Impl::loadActiveDocument()
     const bool isOnDisk = writeQueue.finish(*url).has_value();
     const Note* note = tab->note() ? app.store.find(tab->note()->id) : nullptr;
     const int64_t size = note ? note->byteSize : sizeOf(services.files, *url);
-    app.isReadOnly.set(size > readOnlyAbove);
+    app.isReadOnly.set(size > largestEditableFile);
     app.syntaxLanguage.set(tab->languageOverride.value_or(languageForURL(*url)));
 
     if (!isOnDisk && loadQueuedText(*url))
@@ -64,7 +68,7 @@ void AppState::Impl::loadInBackground(const Path& url)
     replaceText({});
     loadTask = services.scheduler.background(
         Priority::userInitiated,
-        [&files = services.files, url](const CancelToken&) { return readTextFile(files, url); },
+        [&files = services.files, url](const CancelToken& token) { return readTextFile(files, url, token); },
         [this, tabID = document.tabID](Result<TextFile> read) {
             if (app.activeTabID.get() == tabID)
                 publish(std::move(read));
@@ -101,9 +105,15 @@ void AppState::Impl::replaceText(Rope text)
     Rope shown = app.editorText();
     Rope loaded = std::exchange(currentText, std::move(text));
     app.loadGeneration.set(app.loadGeneration.get() + 1);
-    if (shown.length() + loaded.length() >= backgroundThreshold)
-        services.scheduler.runInBackground(
-            Priority::utility, [a = std::move(shown), b = std::move(loaded)]() mutable { a = b = Rope(); });
+    const int64_t length = std::max(shown.length(), loaded.length());
+    if (length < backgroundThreshold)
+        return;
+    services.scheduler.runInBackground(
+        Priority::utility, [a = std::move(shown), b = std::move(loaded), length]() mutable {
+            a = b = Rope();
+            if (length >= hugeText)
+                malloc_trim(0); // the heap would keep it
+        });
 }
 
 void AppState::Impl::detectLanguageFromContent()
