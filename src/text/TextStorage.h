@@ -4,6 +4,9 @@
 #include "base/Observable.h"
 #include "text/Rope.h"
 
+#include <functional>
+#include <memory>
+
 namespace quillmark {
 
 /// What an edit did, in the coordinates of the new text.
@@ -34,11 +37,21 @@ public:
         return Connection(m_edited.connect(std::move(slot)));
     }
 
+    /// Takes what is given up and would take long to free, to free it where nobody waits: on another thread.
+    using LetGo = std::function<void(std::shared_ptr<void>)>;
+    void setLetGo(LetGo letGo) { m_letGo = std::move(letGo); } ///< none: it is freed at once
+    template <class Value> void letGo(Value value)
+    {
+        if (m_letGo)
+            m_letGo(std::make_shared<Value>(std::move(value)));
+    }
+
 private:
     template <class Text> void edit(Range range, const Text& with, int64_t length);
 
     Rope m_text;
     Signal<const TextEdit&, const Rope& /* old text */> m_edited;
+    LetGo m_letGo;
     bool m_isTelling = false; ///< observers are hearing of an edit
 };
 

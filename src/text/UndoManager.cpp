@@ -3,6 +3,7 @@
 #include "text/Unicode.h"
 
 #include <cassert>
+#include <deque>
 #include <ranges>
 #include <variant>
 #include <vector>
@@ -82,6 +83,8 @@ struct UndoManager::Step {
 };
 
 struct UndoManager::Impl {
+    using Steps = std::deque<Step>; // no step moves when there are many
+
     explicit Impl(TextStorage& edited)
         : storage(edited)
         , connection(
@@ -94,10 +97,11 @@ struct UndoManager::Impl {
     bool joinsLast(const Step& step) const;
     void join(Step step);
     void make(Step& step);
+    template <class Kept> void forget(Kept& kept);
 
     TextStorage& storage;
-    std::vector<Step> undoable;
-    std::vector<Step> redoable;
+    Steps undoable;
+    Steps redoable;
     Step open; ///< the group that is being recorded
     int depth = 0; ///< of nested groups
     bool lastMayGrow = false;
@@ -109,7 +113,7 @@ void UndoManager::Impl::record(const TextEdit& edit, const Rope& oldText)
 {
     if (isMaking)
         return;
-    redoable.clear();
+    forget(redoable);
     Change change{edit.edited, KeptText(oldText, edit.replaced())};
     if (depth > 0) {
         open.changes.push_back(std::move(change));
@@ -180,6 +184,13 @@ void UndoManager::Impl::make(Step& step)
     lastMayGrow = false;
 }
 
+/// Many steps, or long texts in them, take time to free.
+template <class Kept> void UndoManager::Impl::forget(Kept& kept)
+{
+    if (!kept.empty())
+        storage.letGo(std::exchange(kept, {}));
+}
+
 UndoManager::UndoManager(TextStorage& storage)
     : m_impl(std::make_unique<Impl>(storage))
 {
@@ -243,9 +254,9 @@ std::optional<UndoManager::Selection> UndoManager::redo()
 
 void UndoManager::removeAll()
 {
-    m_impl->undoable = {};
-    m_impl->redoable = {};
-    m_impl->open.changes = {};
+    m_impl->forget(m_impl->undoable);
+    m_impl->forget(m_impl->redoable);
+    m_impl->forget(m_impl->open.changes);
     m_impl->lastMayGrow = false;
 }
 
