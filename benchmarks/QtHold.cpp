@@ -1,0 +1,104 @@
+// The whole window on the real disk, on Qt's offscreen platform, with two files of 20 MB: for each thing that
+// a user does, the longest time in milliseconds in which the main thread answered nobody, from the key until
+// all is quiet.
+#include "QtHeartbeat.h"
+#include "QtWindow.h"
+#include "SampleFile.h"
+#include "app/window/ContentView.h"
+#include "io/PosixFileSystem.h"
+#include "support/MemoryDefaults.h"
+#include "support/RecordingAppearance.h"
+#include "support/RecordingLog.h"
+#include "support/RecordingTrash.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using namespace quillmark;
+using namespace quillmark::bench;
+using namespace std::chrono_literals;
+
+/// The program without its start.
+struct Desk {
+    test::TemporaryFolder home;
+    PosixFileSystem files;
+    QtScheduler scheduler;
+    test::RecordingLog log;
+    test::MemoryDefaults defaults;
+    test::RecordingTrash trash{[](const Path&) {}};
+    test::RecordingAppearance appearance;
+    test::FakeClipboard clipboard;
+    RecoveryStore recovery{files, scheduler, log, home / "recovered"};
+    DocumentWriter writer{files, recovery, scheduler};
+    AppState app{{.scheduler = scheduler,
+        .files = files,
+        .log = log,
+        .defaults = defaults,
+        .trash = trash,
+        .appearance = appearance,
+        .writer = writer,
+        .recovery = recovery,
+        .defaultNotesFolder = home / "Notes",
+        .journalFolder = home / "journal"}};
+    ContentView window{app, scheduler, clipboard};
+
+    Desk()
+    {
+        window.resize(1600, 1000);
+        window.show();
+        window.activateWindow();
+        runFor(100ms);
+    }
+    PlainTextView& text() { return *app.textView(); }
+
+    /// Does it, and waits until it is done and what follows from it too.
+    template <class Act> double hold(Act act)
+    {
+        const Heartbeat heartbeat;
+        runFor(5ms);
+        act();
+        runUntil([&] { return !app.isLoading.get(); });
+        runFor(300ms);
+        return heartbeat.longestHold();
+    }
+    double hold(void (PlainTextView::*command)())
+    {
+        return hold([&] { (text().*command)(); });
+    }
+};
+
+void holds(benchmark::State& state)
+{
+    startToolkit();
+    const SampleFile first(large);
+    const SampleFile second(large);
+    for (auto _ : state) {
+        Desk desk;
+        const auto tab = [&](size_t index) { return desk.app.tabs->at(index)->id; };
+        const auto count = [&](const char* name, double hold) { state.counters[name] = hold; };
+        count("open", desk.hold([&] { desk.app.openFile(first.path()); }));
+        count("open_2nd", desk.hold([&] { desk.app.openFile(second.path()); }));
+        count("switch", desk.hold([&] { desk.app.selectTab(tab(1)); }));
+        count("key", desk.hold([&] { desk.text().insertText(u"x"); }));
+        const auto save = [&] { runUntil([&] { return !desk.app.isDirty.get(); }); };
+        count("journal_and_save", desk.hold(save));
+        desk.hold([&] { desk.text().insertText(u"y"); });
+        count("switch_unsaved", desk.hold([&] { desk.app.selectTab(tab(2)); }));
+        count("select_all", desk.hold(&PlainTextView::selectAll));
+        count("delete", desk.hold(&PlainTextView::deleteSelection));
+        count("undo", desk.hold(&PlainTextView::undo));
+        count("redo", desk.hold(&PlainTextView::redo));
+        count("undo_again", desk.hold(&PlainTextView::undo));
+        count("copy", desk.hold(&PlainTextView::copy));
+        count("paste", desk.hold([&] { desk.text().paste(); }));
+        count("undo_paste", desk.hold(&PlainTextView::undo));
+        count("key_after_undo", desk.hold([&] { desk.text().insertText(u"z"); }));
+        desk.hold(save);
+        count("close", desk.hold([&] { desk.app.closeTab(tab(2)); }));
+        desk.app.willTerminate();
+    }
+}
+BENCHMARK(holds)->Name("Hold/20MB")->Unit(benchmark::kMillisecond)->Iterations(1);
+
+} // namespace
