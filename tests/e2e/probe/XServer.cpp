@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <memory>
 #include <stdexcept>
@@ -258,16 +259,37 @@ bool XServer::waitForWindow(pid_t program, Duration limit)
     return false;
 }
 
+XServer::Picture XServer::picture(const Area& area)
+{
+    const auto request = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root,
+        static_cast<int16_t>(area.x), static_cast<int16_t>(area.y), static_cast<uint16_t>(area.width),
+        static_cast<uint16_t>(area.height), ~0U);
+    const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(m_connection, request, nullptr));
+    if (!image)
+        return {};
+    Picture pixels(static_cast<size_t>(xcb_get_image_data_length(image.get())) / sizeof(uint32_t));
+    std::memcpy(pixels.data(), xcb_get_image_data(image.get()), pixels.size() * sizeof(uint32_t));
+    for (uint32_t& pixel : pixels)
+        pixel &= 0xFFFFFF;
+    return pixels;
+}
+
+XServer::Area XServer::focusedArea()
+{
+    const xcb_window_t window = focusedWindow();
+    const Reply<xcb_get_geometry_reply_t> size(
+        xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+    const Reply<xcb_translate_coordinates_reply_t> place(xcb_translate_coordinates_reply(
+        m_connection, xcb_translate_coordinates(m_connection, window, m_screen->root, 0, 0), nullptr));
+    if (!size || !place)
+        return {};
+    return {.x = place->dst_x, .y = place->dst_y, .width = size->width, .height = size->height};
+}
+
 uint32_t XServer::pixel(int x, int y)
 {
-    const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(m_connection,
-        xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, static_cast<int16_t>(x),
-            static_cast<int16_t>(y), 1, 1, ~0U),
-        nullptr));
-    if (!image)
-        return 0;
-    const uint8_t* bytes = xcb_get_image_data(image.get());
-    return static_cast<uint32_t>(bytes[2] << 16 | bytes[1] << 8 | bytes[0]);
+    const Picture single = picture({.x = x, .y = y, .width = 1, .height = 1});
+    return single.empty() ? 0 : single.front();
 }
 
 bool XServer::waitForPaint(Duration limit)

@@ -38,6 +38,15 @@ public:
     bool waitForPaint(Duration limit);
     bool waitForBareRoot(Duration limit); ///< until the window is gone again
     uint32_t pixel(int x, int y); ///< 0xRRGGBB as it stands on the screen
+    struct Area {
+        int x = 0;
+        int y = 0;
+        int width = 0;
+        int height = 0;
+    };
+    using Picture = std::vector<uint32_t>; ///< row by row, 0xRRGGBB
+    Picture picture(const Area& area); ///< of the screen; empty when the server does not answer
+    Area focusedArea(); ///< of the window that has the keyboard, without its frame
     int mappedWindows(); ///< children of the root window that are mapped and larger than 200 × 100
 
 private:
