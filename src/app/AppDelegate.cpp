@@ -51,7 +51,7 @@ void AppDelegate::sessionWillEnd()
     AppState* app = AppState::shared();
     if (!app)
         return;
-    app->flushSave(AppState::AllowBackground::no);
+    app->willResignActive();
     app->saveSession(); // the user may still decide to stay: nothing is closed
 }
 

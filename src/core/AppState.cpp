@@ -157,11 +157,13 @@ void AppState::applyAppearance()
 
 void AppState::willResignActive()
 {
+    m_impl->finishTyping();
     flushSave(AllowBackground::no);
 }
 
 void AppState::willTerminate()
 {
+    m_impl->finishTyping();
     flushSave(AllowBackground::no);
     m_impl->rescueUnsavedText();
     commitActiveNoteTitle();

@@ -1,5 +1,7 @@
 #include "desktop/QtClipboard.h"
 
+#include "desktop/TextMimeData.h"
+
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QMimeData>
@@ -33,11 +35,11 @@ std::u16string QtClipboard::text(Buffer buffer) const
     return isSupported(mode) ? QGuiApplication::clipboard()->text(mode).toStdU16String() : std::u16string();
 }
 
-void QtClipboard::setText(std::u16string text, Buffer buffer)
+void QtClipboard::setText(Rope text, Buffer buffer)
 {
     const QClipboard::Mode mode = modeOf(buffer);
     if (isSupported(mode))
-        QGuiApplication::clipboard()->setText(QString::fromStdU16String(text), mode);
+        QGuiApplication::clipboard()->setMimeData(new TextMimeData(std::move(text)), mode);
 }
 
 } // namespace quillmark

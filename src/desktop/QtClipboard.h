@@ -10,7 +10,7 @@ class QtClipboard final : public Clipboard {
 public:
     bool hasText(Buffer buffer = Buffer::clipboard) const override;
     std::u16string text(Buffer buffer = Buffer::clipboard) const override;
-    void setText(std::u16string text, Buffer buffer = Buffer::clipboard) override;
+    void setText(Rope text, Buffer buffer = Buffer::clipboard) override;
 };
 
 } // namespace quillmark

@@ -21,8 +21,10 @@ constexpr int64_t longText = 65'536; ///< units; a longer text is let go in the 
 
 } // namespace
 
-PlainTextView::Impl::Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse)
-    : scheduler(schedulerToUse)
+PlainTextView::Impl::Impl(
+    PlainTextView& ownerOfThis, Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse)
+    : owner(ownerOfThis)
+    , scheduler(schedulerToUse)
     , clipboard(clipboardToUse)
     , undo(storage)
     , layout(storage, shaper)
@@ -93,7 +95,7 @@ void PlainTextView::Impl::letGo(Rope text)
 }
 
 PlainTextView::PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& clipboard)
-    : m_impl(std::make_unique<Impl>(scheduler, shaper, clipboard))
+    : m_impl(std::make_unique<Impl>(*this, scheduler, shaper, clipboard))
 {
 }
 
@@ -122,6 +124,8 @@ void PlainTextView::setDelegate(Delegate* delegate)
 void PlainTextView::setText(Rope text)
 {
     Impl& self = *m_impl;
+    const bool wasComposing = self.composition.has_value();
+    self.dropComposition(); // it belonged to a text that nobody sees any more
     Rope old = self.storage.text();
     self.storage.replace({0, self.length()}, text);
     self.undo.removeAll();
@@ -132,6 +136,8 @@ void PlainTextView::setText(Rope text)
     self.finish(self.selection, Impl::Changed::nothing, Impl::Reveal::nothing);
     if (self.delegate)
         self.delegate->textViewDidChangeSelection();
+    if (wasComposing)
+        self.resetRequested.emit();
 }
 
 bool PlainTextView::isEditable() const
@@ -141,6 +147,8 @@ bool PlainTextView::isEditable() const
 
 void PlainTextView::setEditable(bool editable)
 {
+    if (!editable)
+        commitComposition();
     m_impl->isEditable = editable;
 }
 
@@ -197,12 +205,12 @@ void PlainTextView::scrollToCaret()
     m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::caret);
 }
 
-CaretPlace PlainTextView::caretPlace()
+CaretPlace PlainTextView::caretPlace() const
 {
     return m_impl->viewport.placeOf(m_impl->selection.position());
 }
 
-CaretPlace PlainTextView::placeOf(int64_t offset, Affinity affinity)
+CaretPlace PlainTextView::placeOf(int64_t offset, Affinity affinity) const
 {
     return m_impl->viewport.placeOf({std::clamp<int64_t>(offset, 0, m_impl->length()), affinity});
 }
@@ -222,6 +230,16 @@ Signal<>& PlainTextView::becomeFirstResponder()
 Signal<>& PlainTextView::scrolled()
 {
     return m_impl->scrolled;
+}
+
+Signal<>& PlainTextView::commitRequested()
+{
+    return m_impl->commitRequested;
+}
+
+Signal<>& PlainTextView::resetRequested()
+{
+    return m_impl->resetRequested;
 }
 
 } // namespace quillmark

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/Scheduler.h"
+#include "editor/Composition.h"
 #include "editor/LayoutManager.h"
 #include "editor/Selection.h"
 #include "editor/Viewport.h"
@@ -16,7 +17,9 @@
 
 namespace quillmark {
 
-/// Main thread only. After each edit and motion by the user the caret is scrolled into view.
+/// Main thread only. While an input method composes, nothing is selected; every command that selects, moves
+/// or edits commits what is being composed first. After each edit and motion by the user the caret is
+/// scrolled into view.
 class PlainTextView {
 public:
     /// Hears what happened once the view is in order again: first of the text, then of the selection.
@@ -41,7 +44,8 @@ public:
     bool isEditable() const;
     void setEditable(bool editable);
 
-    // Selection.
+    // Selection. What the user selects becomes the primary selection: with the mouse when the button is
+    // released, by keys at once.
     const Selection& selection() const;
     void select(Selection selection); ///< cut to the text and moved to character boundaries; does not scroll
     void move(Motion motion, Extend extend = Extend::no);
@@ -51,7 +55,8 @@ public:
     // breaks that come in as CR LF or CR become line feeds.
     void insertText(std::u16string_view text); ///< replaces the selection; joined with the typing before
     void insertNewline();
-    void insertTab();
+    void insertTab(); ///< a selection of several lines is indented instead
+    void unindent(); ///< the lines of the selection, or the caret's
     void deleteBackward();
     void deleteForward();
     void deleteWordBackward();
@@ -67,6 +72,24 @@ public:
     void copy(); ///< nothing while the selection is empty
     void paste(Clipboard::Buffer buffer = Clipboard::Buffer::clipboard);
     void deleteSelection();
+
+    // Drag and drop; afterwards what was dropped is selected.
+    void drop(std::u16string_view text, int64_t offset);
+    /// A stretch of the text itself, moved or copied. Nothing when `offset` lies within it or at its edges.
+    void dropOwn(Range dragged, int64_t offset, DropKind kind);
+
+    // Input methods.
+    /// Shows text at the caret that is not in the document; the next call replaces it, an empty text takes it
+    /// away. A selection is deleted when composing begins. Nothing while not editable.
+    void compose(Composition composition);
+    const Composition* composition() const; ///< null while nothing is being composed
+    /// What an input method types, in place of what it composed. `replaced` is counted from the caret, after
+    /// a selection was deleted, and cut to inputContext().
+    void insertComposed(std::u16string_view text, Range replaced = {});
+    /// Makes what is being composed a part of the document. The input method is asked for it first.
+    void commitComposition();
+    /// What input methods may see and change: the caret's line, cut to a bounded length around it.
+    Range inputContext() const;
 
     // The visible area. Its origin is a place in the text plus pixels, so that a corrected estimate above
     // does not move what the eye rests on.
@@ -84,21 +107,24 @@ public:
     void scrollToCaret(); ///< as little as makes the caret's row visible
 
     using CaretPlace = quillmark::CaretPlace;
-    CaretPlace caretPlace(); ///< of the selection's caret
-    CaretPlace placeOf(int64_t offset, Affinity affinity = Affinity::downstream);
+    CaretPlace caretPlace() const; ///< of the selection's caret
+    CaretPlace placeOf(int64_t offset, Affinity affinity = Affinity::downstream) const;
 
     // The mouse; coordinates from the corner of the visible area.
     int64_t offsetAt(double x, double y);
     TextPosition positionAt(double x, double y);
+    /// Extending goes on with the granularity and from the origin of the press before, if it still stands.
     void mousePressed(double x, double y, Granularity granularity, Extend extend);
     void mouseDragged(double x, double y); ///< outside the area it scrolls (call it again on a timer)
-    /// Puts the selection into the primary selection, unless it is empty or of more than a million units.
     void mouseReleased();
 
     // What the widget obeys.
     Signal<>& needsDisplay(); ///< text, selection, scroll position or layout changed
     Signal<>& becomeFirstResponder();
     Signal<>& scrolled(); ///< scrollTop, contentHeight or the visible height changed
+    Signal<>& commitRequested(); ///< the input method is to insert what it composes, if it can, at once
+    Signal<>&
+    resetRequested(); ///< the input method is to forget what it composes: it is in the text, or gone
 
 private:
     struct Impl;

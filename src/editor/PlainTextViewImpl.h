@@ -1,6 +1,7 @@
 // What PlainTextView keeps, for the files that implement it.
 #pragma once
 
+#include "editor/Indentation.h"
 #include "editor/PlainTextView.h"
 
 #include <optional>
@@ -20,9 +21,10 @@ struct PlainTextView::Impl {
     struct Drag {
         Range origin; ///< what the press selected; never deselected while dragging
         Granularity granularity = Granularity::character;
+        bool isPressed = true; ///< afterwards it is kept for a click that extends
     };
 
-    Impl(Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse);
+    Impl(PlainTextView& ownerOfThis, Scheduler& schedulerToUse, Shaper& shaper, Clipboard& clipboardToUse);
 
     int64_t length() const { return storage.length(); }
     /// The last step of every command: scrolls, lays out what is visible, then tells whoever listens.
@@ -37,9 +39,18 @@ struct PlainTextView::Impl {
     void travel(std::optional<UndoManager::Selection> (UndoManager::*step)());
     void letGo(Rope text);
 
+    void makeEdit(std::optional<Edit> edit);
+    void showComposition();
+    void replaceNearCaret(Range replaced, std::u16string_view with);
+    void dropComposition();
+    TextEdit finishComposing();
+    Range afterComposing(Range range);
+    void shareSelection();
+
     Range granuleAt(int64_t offset) const;
     void extendDrag(double x, double y);
 
+    PlainTextView& owner;
     Scheduler& scheduler;
     Clipboard& clipboard;
     TextStorage storage; // heard by undo, layout and this, in this order
@@ -53,12 +64,18 @@ struct PlainTextView::Impl {
     Selection selection;
     std::optional<double> goalX; ///< where vertical motions want the caret, while they follow one another
     std::optional<Drag> drag;
+    std::optional<Composition> composition; ///< stands at the caret
     ScrollState lastScroll;
     Task settling; ///< pending while a row count of the layout rests on samples
 
     Signal<> needsDisplay;
     Signal<> becomeFirstResponder;
     Signal<> scrolled;
+    Signal<> commitRequested;
+    Signal<> resetRequested;
 };
+
+std::u16string withLineFeeds(std::u16string_view text);
+UndoManager::Selection recorded(const Selection& selection);
 
 } // namespace quillmark

@@ -11,8 +11,6 @@
 namespace quillmark {
 namespace {
 
-constexpr int64_t longestPrimarySelection = 1'000'000; ///< units; copying more at each drag would be felt
-
 /// How many whole pixels a drag outside the visible area scrolls at once: the farther outside, the more.
 double autoscrollStep(double y, double height, double rowHeight)
 {
@@ -33,9 +31,10 @@ const Selection& PlainTextView::selection() const
 void PlainTextView::select(Selection selection)
 {
     Impl& self = *m_impl;
+    const TextEdit commit = self.finishComposing();
     const Selection before = self.selection;
-    selection.anchor = characterBoundaryAtOrBefore(text(), selection.anchor);
-    selection.caret = characterBoundaryAtOrBefore(text(), selection.caret);
+    selection.anchor = characterBoundaryAtOrBefore(text(), commit.moved(selection.anchor));
+    selection.caret = characterBoundaryAtOrBefore(text(), commit.moved(selection.caret));
     self.selection = selection;
     self.goalX.reset();
     self.drag.reset();
@@ -47,13 +46,24 @@ void PlainTextView::select(Selection selection)
 
 void PlainTextView::selectAll()
 {
+    commitComposition();
     select({.anchor = 0, .caret = m_impl->length()});
+    m_impl->shareSelection();
+}
+
+/// Makes what is selected the primary selection, which an empty one leaves alone.
+void PlainTextView::Impl::shareSelection()
+{
+    if (!selection.isEmpty())
+        clipboard.setText(storage.text().slice(selection.range()), Clipboard::Buffer::primarySelection);
 }
 
 void PlainTextView::move(Motion motion, Extend extend)
 {
+    commitComposition();
     Impl& self = *m_impl;
     const Selection before = self.selection;
+    self.drag.reset();
     if (!isVertical(motion))
         self.goalX.reset();
     else if (!self.goalX)
@@ -73,6 +83,8 @@ void PlainTextView::move(Motion motion, Extend extend)
     if (motion == Motion::pageDown)
         self.viewport.scrollBy(page);
     self.finish(before, Impl::Changed::nothing, Impl::Reveal::caret);
+    if (self.selection != before)
+        self.shareSelection();
 }
 
 // The mouse
@@ -121,10 +133,15 @@ void PlainTextView::Impl::extendDrag(double x, double y)
 
 void PlainTextView::mousePressed(double x, double y, Granularity granularity, Extend extend)
 {
+    commitComposition();
     Impl& self = *m_impl;
     const Selection before = self.selection;
     self.goalX.reset();
-    self.drag = Impl::Drag{.origin = {before.anchor, 0}, .granularity = granularity};
+    if (extend == Extend::yes && self.drag) {
+        self.drag->isPressed = true;
+    } else {
+        self.drag = Impl::Drag{.origin = {before.anchor, 0}, .granularity = granularity};
+    }
     if (extend == Extend::no) {
         self.drag->origin = granularity == Granularity::character
             ? Range{self.viewport.hitTest(x, y).offset, 0}
@@ -138,7 +155,7 @@ void PlainTextView::mousePressed(double x, double y, Granularity granularity, Ex
 void PlainTextView::mouseDragged(double x, double y)
 {
     Impl& self = *m_impl;
-    if (!self.drag)
+    if (!self.drag || !self.drag->isPressed)
         return;
     const Selection before = self.selection;
     const double step = autoscrollStep(y, self.viewport.height(), self.layout.metrics().height);
@@ -151,12 +168,10 @@ void PlainTextView::mouseDragged(double x, double y)
 void PlainTextView::mouseReleased()
 {
     Impl& self = *m_impl;
-    if (!self.drag)
+    if (!self.drag || !self.drag->isPressed)
         return;
-    self.drag.reset();
-    const Range selected = self.selection.range();
-    if (!selected.isEmpty() && selected.length <= longestPrimarySelection)
-        self.clipboard.setText(text().text(selected), Clipboard::Buffer::primarySelection);
+    self.drag->isPressed = false;
+    self.shareSelection();
 }
 
 } // namespace quillmark

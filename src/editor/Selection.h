@@ -46,6 +46,7 @@ enum class Motion {
     documentEnd,
 };
 enum class Extend { no, yes }; ///< whether a motion moves the caret alone (Shift)
+enum class DropKind { move, copy };
 enum class Granularity { character, word, line }; ///< of a mouse selection
 
 } // namespace quillmark

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "text/Rope.h"
+
 #include <string>
-#include <string_view>
 
 namespace quillmark {
 
@@ -13,7 +14,8 @@ public:
     virtual ~Clipboard() = default;
     virtual bool hasText(Buffer buffer = Buffer::clipboard) const = 0;
     virtual std::u16string text(Buffer buffer = Buffer::clipboard) const = 0; ///< empty when it holds no text
-    virtual void setText(std::u16string text, Buffer buffer = Buffer::clipboard) = 0;
+    /// Takes no time, however long the text is: its characters are asked for when somebody pastes.
+    virtual void setText(Rope text, Buffer buffer = Buffer::clipboard) = 0;
 };
 
 } // namespace quillmark

@@ -146,7 +146,9 @@ bool UndoManager::Impl::joinsLast(const Step& step) const
     const bool bothDelete = range.isEmpty() && lastRange.isEmpty();
     switch (step.kind) {
     case Kind::typing:
-        return range.location == lastRange.end() && continuesWord(storage.text(), range);
+        // A selection that an input method removed first goes with what it then puts there.
+        return range.location == lastRange.end()
+            && (lastRange.isEmpty() || continuesWord(storage.text(), range));
     case Kind::deletingBackward:
         return bothDelete && range.location + step.changes.front().with.length() == lastRange.location;
     case Kind::deletingForward:

@@ -194,19 +194,6 @@ TEST(Mouse, SelectsLines)
     EXPECT_EQ(mouse.drag(2, 0.5), "«|one\ntwo\n»three");
 }
 
-TEST(Mouse, LeavesThePrimarySelectionToSmallSelections)
-{
-    Mouse mouse("|abc");
-    mouse.press(1, 0.5);
-    mouse.editor.view.mouseReleased();
-    EXPECT_FALSE(mouse.editor.clipboard.hasText(Clipboard::Buffer::primarySelection))
-        << "nothing was selected";
-    mouse.editor.view.setText(Rope(std::u16string(1'500'000, u'x')));
-    mouse.press(0, 0.5, Granularity::line);
-    mouse.editor.view.mouseReleased();
-    EXPECT_FALSE(mouse.editor.clipboard.hasText(Clipboard::Buffer::primarySelection));
-}
-
 TEST(Mouse, ScrollsFasterTheFartherOutsideItIsDragged)
 {
     std::string text = "|";

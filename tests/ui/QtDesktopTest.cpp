@@ -58,7 +58,7 @@ TEST(QtClipboard, KeepsEveryUnit)
 {
     QtClipboard clipboard;
     const std::u16string text = u"a\u00A0\u2028\t\U0001F600\n" + std::u16string(1, u'\0') + u"z";
-    clipboard.setText(text);
+    clipboard.setText(Rope(text));
     EXPECT_TRUE(clipboard.hasText());
     EXPECT_EQ(clipboard.text(), text);
 }

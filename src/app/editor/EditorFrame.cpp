@@ -14,9 +14,24 @@ bool same(double a, double b)
     return std::abs(a - b) < tolerance;
 }
 
+std::vector<Composition::Clause> clausesOf(const RowLayout& row, const Composition* composition)
+{
+    std::vector<Composition::Clause> clauses;
+    if (!composition || row.insertion.length == 0)
+        return clauses;
+    const Range inserted{row.insertion.at, row.insertion.length};
+    const Range onRow = intersection(inserted, row.shaped->row(row.rowInShaped));
+    for (Composition::Clause clause : composition->clauses) {
+        clause.units = intersection({inserted.location + clause.units.location, clause.units.length}, onRow);
+        if (!clause.units.isEmpty())
+            clauses.push_back(clause);
+    }
+    return clauses;
+}
+
 FrameRow frameRowOf(const VisibleRow& visible, Range selection, int64_t textLength)
 {
-    const RowLayout& layout = visible.layout;
+    const RowLayout& layout = visible.layout; // without an insertion where anything is selected
     Range selected = intersection(selection, layout.range);
     selected.location -= layout.shapedStart;
     const int64_t lineFeed = layout.range.end();
@@ -26,6 +41,7 @@ FrameRow frameRowOf(const VisibleRow& visible, Range selection, int64_t textLeng
         .rowInShaped = layout.rowInShaped,
         .selected = selected.isEmpty() ? Range{} : selected,
         .isLineFeedSelected = layout.endsLine && lineFeed < textLength && selection.contains(lineFeed),
+        .clauses = {},
     };
 }
 
@@ -63,7 +79,7 @@ std::optional<double> movedBy(const EditorFrame& from, const EditorFrame& to)
 bool FrameRow::looksLike(const FrameRow& other) const
 {
     return shaped == other.shaped && rowInShaped == other.rowInShaped && selected == other.selected
-        && isLineFeedSelected == other.isLineFeedSelected;
+        && isLineFeedSelected == other.isLineFeedSelected && clauses == other.clauses;
 }
 
 EditorFrame frameOf(PlainTextView& text)
@@ -73,8 +89,10 @@ EditorFrame frameOf(PlainTextView& text)
     const int64_t length = text.text().length();
     const std::vector<VisibleRow>& visible = text.visibleRows();
     frame.rows.reserve(visible.size());
-    for (const VisibleRow& row : visible)
+    for (const VisibleRow& row : visible) {
         frame.rows.push_back(frameRowOf(row, selection, length));
+        frame.rows.back().clauses = clausesOf(row.layout, text.composition());
+    }
     return frame;
 }
 

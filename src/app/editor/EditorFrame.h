@@ -18,6 +18,7 @@ struct FrameRow {
     int rowInShaped = 0;
     Range selected; ///< in units of `shaped`
     bool isLineFeedSelected = false;
+    std::vector<Composition::Clause> clauses; ///< of an input method; in units of `shaped`
 
     bool looksLike(const FrameRow& other) const; ///< the same picture, wherever it stands
 };

@@ -40,6 +40,7 @@ struct CommandKey {
 const Qt::KeyboardModifiers controlShift = Qt::ControlModifier | Qt::ShiftModifier;
 constexpr KeyCommand newline = [](PlainTextView& text) { text.insertNewline(); };
 constexpr KeyCommand deleteBackward = [](PlainTextView& text) { text.deleteBackward(); };
+constexpr KeyCommand unindent = [](PlainTextView& text) { text.unindent(); };
 constexpr KeyCommand undo = [](PlainTextView& text) { text.undo(); };
 constexpr KeyCommand redo = [](PlainTextView& text) { text.redo(); };
 constexpr KeyCommand cut = [](PlainTextView& text) { text.cut(); };
@@ -52,6 +53,9 @@ const CommandKey commandKeys[] = {
     {Qt::Key_Enter, Qt::NoModifier, newline},
     {Qt::Key_Enter, Qt::ShiftModifier, newline},
     {Qt::Key_Tab, Qt::NoModifier, [](PlainTextView& text) { text.insertTab(); }},
+    {Qt::Key_Backtab, Qt::ShiftModifier, unindent},
+    {Qt::Key_Backtab, Qt::NoModifier, unindent},
+    {Qt::Key_Tab, Qt::ShiftModifier, unindent},
     {Qt::Key_Backspace, Qt::NoModifier, deleteBackward},
     {Qt::Key_Backspace, Qt::ShiftModifier, deleteBackward},
     {Qt::Key_Backspace, Qt::ControlModifier, [](PlainTextView& text) { text.deleteWordBackward(); }},

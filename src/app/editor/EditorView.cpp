@@ -6,9 +6,11 @@
 #include "desktop/Fonts.h"
 
 #include <QCoreApplication>
+#include <QFontMetricsF>
 #include <QGuiApplication>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QStyleHints>
 
 #include <algorithm>
@@ -28,6 +30,28 @@ QEvent::Type refreshEventType()
     return type;
 }
 
+void drawUnderline(QPainter& painter, Composition::Underline style, const QRectF& line)
+{
+    using Underline = Composition::Underline;
+    const QColor ink = color(ThemeColor::foreground);
+    if (style == Underline::none || line.width() <= 0)
+        return;
+    if (style == Underline::solid)
+        return painter.fillRect(line, ink);
+    const double unit = line.height();
+    if (style == Underline::wavy) {
+        QPainterPath wave(line.topLeft());
+        for (double x = line.left(), side = 2; x + 2 * unit <= line.right(); x += 2 * unit, side = 2 - side)
+            wave.lineTo(x + 2 * unit, line.top() + side * unit);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.strokePath(wave, QPen(ink, unit));
+        return painter.setRenderHint(QPainter::Antialiasing, false);
+    }
+    const double dash = style == Underline::dashed ? 4 * unit : unit;
+    for (double x = line.left(); x < line.right(); x += dash + 2 * unit)
+        painter.fillRect(QRectF(x, line.top(), std::min(dash, line.right() - x), unit), ink);
+}
+
 } // namespace
 
 EditorView::EditorView(Scheduler& scheduler, Clipboard& clipboard, QWidget* parent)
@@ -41,9 +65,14 @@ EditorView::EditorView(Scheduler& scheduler, Clipboard& clipboard, QWidget* pare
     setAttribute(Qt::WA_InputMethodEnabled);
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::IBeamCursor);
+    setAcceptDrops(true);
     m_text.setVerticalInset(verticalInset);
     m_connections.emplace_back(m_text.needsDisplay().connect([this] { refreshLater(); }));
     m_connections.emplace_back(m_text.becomeFirstResponder().connect([this] { setFocus(); }));
+    m_connections.emplace_back(m_text.commitRequested().connect([this] { askInputMethodToCommit(); }));
+    m_connections.emplace_back(m_text.resetRequested().connect([this] { resetInputMethod(); }));
+    m_connections.emplace_back(
+        m_text.storage().onEdit([this](const TextEdit&, const Rope&) { m_hasTextChanged = true; }));
     m_connections.emplace_back(m_text.scrolled().connect([this] { placeScrollBar(); }));
     m_connections.emplace_back(
         m_scrollBar->scrollRequested().connect([this](double top) { m_text.scrollTo(top); }));
@@ -139,10 +168,9 @@ void EditorView::refresh(MayScroll mayScroll)
     if (change.scroll != 0)
         scroll(0, change.scroll, textArea());
     update(change.dirty);
-    if (caretMoved) {
+    if (caretMoved)
         restartBlinking();
-        updateMicroFocus(Qt::ImCursorRectangle);
-    }
+    tellInputMethod(caretMoved);
 }
 
 void EditorView::paintEvent(QPaintEvent* event)
@@ -162,23 +190,56 @@ void EditorView::paintEvent(QPaintEvent* event)
     drawCaret(painter);
 }
 
-void EditorView::drawSelection(QPainter& painter, const FrameRow& row, const QRectF& place) const
+std::vector<Span> EditorView::selectedSpans(const FrameRow& row) const
 {
     const auto& shaped = static_cast<const QtShapedText&>(*row.shaped);
-    const QColor tint = color(ThemeColor::selection);
-    const double rightmost = place.width() - 2 * horizontalInset;
-    const auto fill = [&](double left, double right) {
-        const double start = std::min(left, rightmost); // spaces may hang over the edge of the text
-        const QRectF span(
-            horizontalInset + start, place.top(), std::min(right, rightmost) - start, place.height());
-        painter.fillRect(snapped(painter, span), tint);
-    };
-    for (const Span& span : shaped.spans(row.rowInShaped, row.selected))
-        fill(span.left, span.right);
+    std::vector<Span> spans = shaped.spans(row.rowInShaped, row.selected);
+    const double rightmost = width() - 2 * horizontalInset;
+    const double lineFeed = m_shaper.metrics().averageAdvance;
     if (row.isLineFeedSelected) {
-        const double end
-            = std::min(shaped.width(row.rowInShaped), rightmost - m_shaper.metrics().averageAdvance);
-        fill(end, end + m_shaper.metrics().averageAdvance);
+        const double end = std::min(shaped.width(row.rowInShaped), rightmost - lineFeed);
+        spans.push_back({end, end + lineFeed});
+    }
+    for (Span& span : spans) { // spaces may hang over the edge of the text
+        span = {horizontalInset + std::min(span.left, rightmost),
+            horizontalInset + std::min(span.right, rightmost)};
+    }
+    return spans;
+}
+
+void EditorView::drawSelection(QPainter& painter, const FrameRow& row, const QRectF& place) const
+{
+    const auto fill = [&](double left, double right) {
+        const QRectF span(left, place.top(), right - left, place.height());
+        painter.fillRect(snapped(painter, span), color(ThemeColor::selection));
+    };
+    for (const Span& span : selectedSpans(row))
+        fill(span.left, span.right);
+    const auto& shaped = static_cast<const QtShapedText&>(*row.shaped);
+    for (const Composition::Clause& clause : row.clauses) {
+        if (!clause.isHighlighted)
+            continue;
+        for (const Span& span : shaped.spans(row.rowInShaped, clause.units))
+            fill(horizontalInset + span.left, horizontalInset + span.right);
+    }
+}
+
+/// The lines under what an input method composes, with a gap between clauses.
+void EditorView::drawUnderlines(QPainter& painter, const FrameRow& row, const QRectF& place) const
+{
+    const QFontMetricsF metrics(m_shaper.font());
+    const double pixel = 1 / painter.deviceTransform().m11();
+    const double thin = std::max(pixel, std::round(metrics.lineWidth() / pixel) * pixel);
+    const double top
+        = place.top() + m_shaper.metrics().baseline + std::max(metrics.underlinePos(), 2 * pixel);
+    const auto& shaped = static_cast<const QtShapedText&>(*row.shaped);
+    for (const Composition::Clause& clause : row.clauses) {
+        const double thickness = clause.isHighlighted ? 2 * thin : thin;
+        for (const Span& span : shaped.spans(row.rowInShaped, clause.units)) {
+            const QRectF line(
+                horizontalInset + span.left, top, span.right - span.left - 2 * pixel, thickness);
+            drawUnderline(painter, clause.underline, snapped(painter, line));
+        }
     }
 }
 
@@ -189,12 +250,13 @@ void EditorView::drawRow(QPainter& painter, const FrameRow& row) const
     drawSelection(painter, row, place);
     const QRectF text = snapped(painter, place.adjusted(horizontalInset, 0, 0, 0));
     static_cast<const QtShapedText&>(*row.shaped).draw(painter, row.rowInShaped, text.topLeft());
+    drawUnderlines(painter, row, place);
     painter.setClipping(false);
 }
 
 void EditorView::drawCaret(QPainter& painter) const
 {
-    if (!m_isCaretOn || !m_frame.caret)
+    if (!m_frame.caret || !(m_isCaretOn || m_dropPlace))
         return;
     const double scale = painter.deviceTransform().m11();
     QRectF place = snapped(painter, *m_frame.caret);
@@ -205,9 +267,19 @@ void EditorView::drawCaret(QPainter& painter) const
 
 std::optional<QRectF> EditorView::caretRect()
 {
+    if (m_dropPlace) {
+        const TextPosition drop = m_text.positionAt(m_dropPlace->x() - horizontalInset, m_dropPlace->y());
+        return rectOf(m_text.placeOf(drop.offset, drop.affinity));
+    }
     const CaretPlace place = m_text.caretPlace();
-    if (!hasFocus() || !place.isVisible)
+    const bool isHidden = m_text.composition() && !m_text.composition()->isCaretVisible;
+    if (!hasFocus() || !place.isVisible || isHidden)
         return std::nullopt;
+    return rectOf(place);
+}
+
+QRectF EditorView::rectOf(const CaretPlace& place) const
+{
     const double x = std::clamp(place.x, 0.0, std::max(0.0, width() - 2.0 * horizontalInset));
     return QRectF(horizontalInset + x - caretWidth / 2, place.top + caretInset, caretWidth,
         place.height - 2 * caretInset);
@@ -231,6 +303,10 @@ void EditorView::timerEvent(QTimerEvent* event)
         drag();
         return;
     }
+    if (event->timerId() == m_dropScroll.timerId()) {
+        scrollTowardsDropPlace();
+        return;
+    }
     if (event->timerId() != m_blink.timerId())
         return QWidget::timerEvent(event);
     m_isCaretOn = !m_isCaretOn;
@@ -246,46 +322,10 @@ void EditorView::focusInEvent(QFocusEvent*)
 
 void EditorView::focusOutEvent(QFocusEvent*)
 {
+    m_text.commitComposition();
     m_text.breakUndoJoin();
     m_blink.stop();
     refreshLater();
-}
-
-void EditorView::keyPressEvent(QKeyEvent* event)
-{
-    if (const auto action = actionFor(*event))
-        run(*action, m_text);
-    else if (const QString text = typedText(*event); !text.isEmpty())
-        m_text.insertText(text.toStdU16String());
-    else
-        return event->ignore();
-    event->accept();
-    restartBlinking();
-}
-
-void EditorView::inputMethodEvent(QInputMethodEvent* event)
-{
-    const std::u16string committed = event->commitString().toStdU16String();
-    if (event->replacementLength() > 0)
-        m_text.replace(
-            {m_text.selection().caret + event->replacementStart(), event->replacementLength()}, committed);
-    else if (!committed.empty())
-        m_text.insertText(committed);
-    event->accept();
-}
-
-QVariant EditorView::inputMethodQuery(Qt::InputMethodQuery query) const
-{
-    switch (query) {
-    case Qt::ImEnabled:
-        return m_text.isEditable();
-    case Qt::ImHints:
-        return static_cast<int>(Qt::ImhMultiLine);
-    case Qt::ImCursorRectangle:
-        return m_frame.caret.value_or(QRectF());
-    default:
-        return QWidget::inputMethodQuery(query);
-    }
 }
 
 } // namespace quillmark

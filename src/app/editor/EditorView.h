@@ -1,6 +1,6 @@
 // The pixels of the editor: paints the visible rows, the selection and the caret of a PlainTextView and hands
-// keys, mouse and wheel to it. It knows no document and no settings; the Coordinator connects it with
-// AppState.
+// keys, input methods, mouse, drag and drop to it. It knows no document and no settings; the Coordinator
+// connects it with AppState.
 #pragma once
 
 #include "app/editor/EditorFrame.h"
@@ -10,6 +10,7 @@
 #include <QBasicTimer>
 #include <QWidget>
 
+class QDrag;
 class QMenu;
 
 namespace quillmark {
@@ -48,6 +49,12 @@ protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    /// Lets the user drag; returns where it ended, and by which action. Blocks.
+    virtual Qt::DropAction execute(QDrag& drag, Qt::DropActions actions);
     bool focusNextPrevChild(bool) override { return false; } ///< Tab is a character here
 
 private:
@@ -60,13 +67,29 @@ private:
     void refreshLater();
     void refresh(MayScroll mayScroll);
     void screenChanged();
+    std::vector<Span> selectedSpans(const FrameRow& row) const; ///< from the corner of the view
     void drawSelection(QPainter& painter, const FrameRow& row, const QRectF& place) const;
+    void drawUnderlines(QPainter& painter, const FrameRow& row, const QRectF& place) const;
     void drawRow(QPainter& painter, const FrameRow& row) const;
     void drawCaret(QPainter& painter) const;
     std::optional<QRectF> caretRect();
+    QRectF rectOf(const CaretPlace& place) const;
     QRect textArea() const; ///< without the strip of the scroll bar
     void restartBlinking();
     void placeScrollBar();
+
+    // Input methods.
+    void askInputMethodToCommit();
+    void resetInputMethod();
+    void tellInputMethod(bool hasCaretMoved);
+
+    // Drag and drop.
+    bool isOnSelection(QPointF place);
+    void startDrag();
+    bool mayDrop(const QDropEvent& event) const;
+    void showDropPlace(QPointF place);
+    void hideDropPlace();
+    void scrollTowardsDropPlace();
 
     // The mouse.
     void pressAt(QPointF place, Granularity granularity, Extend extend);
@@ -83,6 +106,15 @@ private:
     bool m_isRefreshPending = false;
     bool m_isCaretOn = false;
     QBasicTimer m_blink;
+
+    Selection m_toldSelection; ///< that the input method knows of
+    bool m_hasTextChanged = false; ///< since then
+    bool m_isResettingInputMethod = false;
+
+    std::optional<QPointF> m_pressOnSelection; ///< which becomes a drag or a click
+    std::optional<QPointF> m_dropPlace; ///< where what is dragged over the view would be dropped
+    bool m_isDroppedHere = false;
+    QBasicTimer m_dropScroll;
 
     bool m_isSelecting = false;
     QPointF m_dragPlace;

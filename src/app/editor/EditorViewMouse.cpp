@@ -2,6 +2,7 @@
 // scrolling.
 #include "app/editor/EditorView.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QMenu>
@@ -52,6 +53,7 @@ void EditorView::pressAt(QPointF place, Granularity granularity, Extend extend)
 
 void EditorView::mousePressEvent(QMouseEvent* event)
 {
+    m_text.commitComposition();
     if (event->button() == Qt::MiddleButton)
         return pastePrimarySelectionAt(event->position());
     if (event->button() != Qt::LeftButton)
@@ -59,19 +61,30 @@ void EditorView::mousePressEvent(QMouseEvent* event)
     const auto granularity = isThirdClick(*event) ? Granularity::line : Granularity::character;
     const auto extend = event->modifiers() & Qt::ShiftModifier ? Extend::yes : Extend::no;
     m_doubleClick.reset();
-    pressAt(event->position(), granularity, extend);
+    const bool isPlain = granularity == Granularity::character && extend == Extend::no;
+    if (isPlain && isOnSelection(event->position()))
+        m_pressOnSelection = event->position();
+    else
+        pressAt(event->position(), granularity, extend);
 }
 
 void EditorView::mouseDoubleClickEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton)
         return mousePressEvent(event);
+    m_pressOnSelection.reset();
     m_doubleClick = DoubleClick{event->timestamp(), event->position()};
     pressAt(event->position(), Granularity::word, Extend::no);
 }
 
 void EditorView::mouseMoveEvent(QMouseEvent* event)
 {
+    if (m_pressOnSelection) {
+        const double distance = (event->position() - *m_pressOnSelection).manhattanLength();
+        if (distance >= QApplication::startDragDistance())
+            startDrag();
+        return;
+    }
     if (!m_isSelecting)
         return;
     m_dragPlace = event->position();
@@ -90,7 +103,11 @@ void EditorView::drag()
 
 void EditorView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() != Qt::LeftButton || !m_isSelecting)
+    if (event->button() != Qt::LeftButton)
+        return;
+    if (const auto place = std::exchange(m_pressOnSelection, std::nullopt)) // nothing was dragged: a click
+        pressAt(*place, Granularity::character, Extend::no);
+    if (!m_isSelecting)
         return;
     m_isSelecting = false;
     m_autoscroll.stop();

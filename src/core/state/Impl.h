@@ -35,6 +35,7 @@ struct AppState::Impl {
     std::shared_ptr<EditorTab> findTab(const Uuid& id) const;
     std::shared_ptr<EditorTab> findTab(const TabSource& source) const;
     void appendAndSelect(std::shared_ptr<EditorTab> tab);
+    void finishTyping();
     void leaveActiveDocument();
     bool isBlankDocument() const;
     bool isStillEmpty(const Note& note, bool wasActive);

@@ -130,9 +130,17 @@ void AppState::commitActiveNoteTitle()
         activeTab()->title.set(note->title);
 }
 
+/// What an input method is still working on becomes a part of the text.
+void AppState::Impl::finishTyping()
+{
+    if (textView)
+        textView->commitComposition();
+}
+
 /// After it nothing of the outgoing document is unsaved: what could not be written is in the recovery folder.
 void AppState::Impl::leaveActiveDocument()
 {
+    finishTyping();
     app.flushSave(AllowBackground::no);
     rescueUnsavedText();
     app.isDirty.set(false);
@@ -181,6 +189,7 @@ void AppState::deleteNote(const Note& note)
     const auto tab = m_impl->findTab(NoteSource{deleted.id});
     const bool isActive = tab && tab == activeTab();
     if (isActive) { // no save may make the file again, and the Trash gets the file without the last words
+        m_impl->finishTyping();
         m_impl->saveTask.cancel();
         m_impl->rescueUnsavedText();
         isDirty.set(false);
