@@ -1,5 +1,6 @@
 #include "editor/Motions.h"
 
+#include "editor/SegmentCuts.h"
 #include "text/Unicode.h"
 
 #include <algorithm>
@@ -12,6 +13,16 @@ RowLayout rowAt(TextPosition position, LayoutManager& layout)
 {
     const Segment segment = layout.segmentAt(position.offset, position.affinity);
     return segment.row(segment.rowOf(position.offset, position.affinity));
+}
+
+/// Shapers have caret stops within some characters, and may wrap one that is wider than the row.
+int64_t betweenCharacters(const RowLayout& row, int64_t offset, const Rope& text)
+{
+    const int64_t before = characterBoundaryAtOrBefore(text, offset);
+    if (before >= row.range.location)
+        return before;
+    const int64_t behind = nextGrapheme(text, offset);
+    return behind <= row.range.end() ? behind : offset;
 }
 
 /// As many rows up (negative) or down as there are; stays in the first or last row.
@@ -34,7 +45,8 @@ TextPosition rowsAway(TextPosition from, int64_t rows, double goalX, LayoutManag
         segment = std::move(*after);
     }
     const int64_t last = segment.rowCount() - 1;
-    return positionInRow(segment.row(static_cast<int>(std::clamp<int64_t>(index, 0, last))), goalX);
+    return positionInRow(
+        segment.row(static_cast<int>(std::clamp<int64_t>(index, 0, last))), goalX, layout.text());
 }
 
 TextPosition vertical(TextPosition from, int64_t rows, double goalX, LayoutManager& layout)
@@ -58,7 +70,7 @@ TextPosition rowStart(TextPosition from, LayoutManager& layout)
     const int64_t firstWord = row.range.location + indent;
     if (firstWord == row.range.end() || firstWord == from.offset)
         return {row.range.location};
-    return {firstWord};
+    return {betweenCharacters(row, firstWord, layout.text())};
 }
 
 TextPosition rowEnd(TextPosition from, LayoutManager& layout)
@@ -69,9 +81,9 @@ TextPosition rowEnd(TextPosition from, LayoutManager& layout)
 
 } // namespace
 
-TextPosition positionInRow(const RowLayout& row, double x)
+TextPosition positionInRow(const RowLayout& row, double x, const Rope& text)
 {
-    const int64_t offset = row.offsetAtX(x);
+    const int64_t offset = betweenCharacters(row, row.offsetAtX(x), text);
     const bool isBehindWrap = offset == row.range.end() && !row.endsLine;
     return {offset, isBehindWrap ? Affinity::upstream : Affinity::downstream};
 }

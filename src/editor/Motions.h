@@ -19,8 +19,8 @@ TextPosition target(Motion motion, const Selection& selection, Extend extend, La
 /// Pixels from the start of its row to the caret at `position`.
 double xOf(TextPosition position, LayoutManager& layout);
 
-/// The position of the caret stop of a row that is nearest to x.
-TextPosition positionInRow(const RowLayout& row, double x);
+/// The position of the caret stop of a row of `text` that is nearest to x, between two characters.
+TextPosition positionInRow(const RowLayout& row, double x, const Rope& text);
 
 constexpr bool isVertical(Motion motion)
 {

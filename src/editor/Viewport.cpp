@@ -279,7 +279,7 @@ TextPosition Viewport::hitTest(double x, double y)
         return {0};
     if (endsText(last.layout) && y >= last.top + m_layout.metrics().height + m_inset)
         return {m_layout.text().length()};
-    return positionInRow(rowAtY(y), x);
+    return positionInRow(rowAtY(y), x, m_layout.text());
 }
 
 int64_t Viewport::characterAt(double x, double y)

@@ -6,12 +6,17 @@
 #include "support/ManualScheduler.h"
 
 #include <QApplication>
+#include <QDrag>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPaintEvent>
 #include <QScreen>
 #include <QWheelEvent>
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
 
 namespace quillmark::test {
 
@@ -19,8 +24,21 @@ class RecordingView : public EditorView {
 public:
     using EditorView::EditorView;
     QRegion painted;
+    std::unique_ptr<QString> dragged; ///< the text of the last drag
+    Qt::DropActions dragActions;
+    Qt::DropAction dragEndsAs = Qt::IgnoreAction;
+    std::function<void()> duringDrag;
 
 protected:
+    Qt::DropAction execute(QDrag& drag, Qt::DropActions actions) override
+    {
+        dragged = std::make_unique<QString>(drag.mimeData()->text());
+        dragActions = actions;
+        if (duringDrag)
+            duringDrag();
+        drag.deleteLater(); // as after a real one
+        return dragEndsAs;
+    }
     void paintEvent(QPaintEvent* event) override
     {
         painted += event->region();
@@ -113,5 +131,13 @@ protected:
     FakeClipboard clipboard;
     RecordingView view{scheduler, clipboard};
 };
+
+inline std::u16string lines(int count)
+{
+    std::u16string text;
+    for (int i = 0; i < count; ++i)
+        text += u"строка " + std::u16string(static_cast<size_t>(i % 7), u'x') + u"\n";
+    return text;
+}
 
 } // namespace quillmark::test

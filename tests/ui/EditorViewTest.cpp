@@ -16,14 +16,6 @@ namespace {
 using namespace test;
 using EditorViewTest = EditorViewFixture;
 
-std::u16string lines(int count)
-{
-    std::u16string text;
-    for (int i = 0; i < count; ++i)
-        text += u"строка " + std::u16string(static_cast<size_t>(i % 7), u'x') + u"\n";
-    return text;
-}
-
 } // namespace
 
 TEST_F(EditorViewTest, TypesAndDeletesByKeys)

@@ -155,6 +155,8 @@ void AppState::closeTab(Uuid tabID)
     if (!tab)
         return;
     const bool isActive = activeTabID.get() == tabID;
+    if (isActive)
+        m_impl->finishTyping();
     const bool looksEmpty = !isActive || m_impl->isBlankDocument();
     if (isActive)
         m_impl->leaveActiveDocument();
