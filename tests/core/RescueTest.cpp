@@ -169,6 +169,28 @@ TEST_F(RescueTest, BytesThatAreNoTextAreKeptBeforeTheyAreReplaced)
     EXPECT_EQ(kept(), (Strings{bytes}));
 }
 
+TEST_F(RescueTest, NobodyWaitsUntilTheBytesOfALargeFileAreKept)
+{
+    const std::string bytes = "\x98\x81" + std::string(600 * 1024, 'b');
+    for (const auto* file : {"/docs/timed", "/docs/flushed"}) {
+        disk.putFile(file, bytes);
+        if (!app)
+            start();
+        open(file);
+        scheduler.settle();
+        type("x");
+        scheduler.advance(800ms);
+        EXPECT_TRUE(app->isDirty.get());
+        EXPECT_EQ(disk.bytes(file), bytes);
+        if (file == std::string_view("/docs/flushed"))
+            app->flushSave(now);
+        scheduler.settle();
+        EXPECT_FALSE(app->isDirty.get());
+        EXPECT_TRUE(disk.bytes(file)->starts_with("x"));
+    }
+    EXPECT_EQ(kept(), (Strings{bytes, bytes}));
+}
+
 TEST_F(RescueTest, TerminationLeavesEverythingOnTheDisk)
 {
     start();

@@ -21,6 +21,7 @@ struct AppState::Impl {
             tabID; ///< whose text it is: a flush never writes one tab's text to another one's file
         std::optional<Error> unreadable; ///< bytes are there that could not be read: never written over
         bool isLossy = false; ///< some of its bytes were no text, and writing it replaces them
+        Task keeping; ///< of these bytes, before a save that nobody waits for
     };
     /// A document whose text the write queue has taken over.
     struct QueuedSave {
@@ -56,6 +57,7 @@ struct AppState::Impl {
 
     // Saving.
     void scheduleSave();
+    void keepBytesThenSave(const Path& url);
     Result<int64_t> write(const Path& url, AllowBackground allowBackground);
     Status mayReplace(const Path& url);
     void announceEncoding(EditorTab& tab);

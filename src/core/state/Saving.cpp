@@ -86,6 +86,8 @@ void AppState::flushSave(AllowBackground allowBackground)
     const auto url = m_impl->urlOf(*tab);
     if (!url)
         return;
+    if (allowBackground == AllowBackground::yes && m_impl->document.isLossy && isLarge(m_impl->currentText))
+        return m_impl->keepBytesThenSave(*url);
     const auto byteSize = m_impl->write(*url, allowBackground);
     if (!byteSize) {
         m_impl->services.log.line("Quillmark: save failed: " + byteSize.error().message);
@@ -99,6 +101,20 @@ void AppState::flushSave(AllowBackground allowBackground)
     isDirty.set(false);
     tab->isDirty.set(false);
     m_impl->detectLanguageFromContent();
+}
+
+/// The document stays dirty until the copy is there. A flush that somebody waits for makes its own.
+void AppState::Impl::keepBytesThenSave(const Path& url)
+{
+    if (document.keeping.isPending())
+        return;
+    document.keeping = services.scheduler.background(
+        Priority::utility,
+        [&recovery = services.recovery, url](const CancelToken&) { return recovery.keepCopy(url); },
+        [this](const Result<Path>&) {
+            document.isLossy = false;
+            app.flushSave(AllowBackground::yes);
+        });
 }
 
 /// A document that was read in an 8-bit encoding is written as UTF-8, and the user is told so once a tab.
@@ -118,6 +134,7 @@ Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBack
 {
     if (const Status allowed = mayReplace(url); !allowed)
         return std::unexpected(allowed.error());
+    document.keeping.cancel();
     if (std::exchange(document.isLossy, false)) // the bytes that were no text are about to be replaced
         (void)services.recovery.keepCopy(url);
 
