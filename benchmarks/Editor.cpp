@@ -60,11 +60,11 @@ void keystroke(benchmark::State& state, int64_t size)
 BENCHMARK_CAPTURE(keystroke, small, small)->Name("Keystroke/100KB")->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(keystroke, large, large)->Name("Keystroke/20MB")->Unit(benchmark::kMicrosecond);
 
-void open(benchmark::State& state, int64_t size, Lines lines)
+void open(benchmark::State& state, int64_t size)
 {
     const test::TemporaryFolder folder;
     const Path path = folder / "text.txt";
-    std::ofstream(path, std::ios::binary) << makeText(size, lines);
+    std::ofstream(path, std::ios::binary) << makeText(size);
     PosixFileSystem disk;
     std::optional<Editor> editor;
     for (auto _ : state) {
@@ -76,9 +76,8 @@ void open(benchmark::State& state, int64_t size, Lines lines)
         benchmark::DoNotOptimize(editor->view.visibleRows().data());
     }
 }
-BENCHMARK_CAPTURE(open, small, small, Lines::ofWords)->Name("Open/100KB")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(open, large, large, Lines::ofWords)->Name("Open/20MB")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(open, line, longLine, Lines::one)->Name("Open/LongLine10MB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, small, small)->Name("Open/100KB")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(open, large, large)->Name("Open/20MB")->Unit(benchmark::kMillisecond);
 
 /// What the layout alone costs when a text is installed: 1 GB that takes little memory, since it shares
 /// leaves.

@@ -99,6 +99,29 @@ void holds(benchmark::State& state)
         desk.app.willTerminate();
     }
 }
+/// Read-only.
+void holdsOfAHugeFile(benchmark::State& state)
+{
+    startToolkit();
+    const SampleFile file(1'000'000'000);
+    for (auto _ : state) {
+        Desk desk;
+        const auto tab = [&](size_t index) { return desk.app.tabs->at(index)->id; };
+        const auto count = [&](const char* name, double hold) { state.counters[name] = hold; };
+        const auto move = [&](Motion motion) { return desk.hold([&] { desk.text().move(motion); }); };
+        count("open", desk.hold([&] { desk.app.openFile(file.path()); }));
+        count("to_end", move(Motion::documentEnd));
+        count("page_up", move(Motion::pageUp));
+        count("resize", desk.hold([&] { desk.window.resize(1000, 800); }));
+        count("select_all", desk.hold(&PlainTextView::selectAll));
+        count("switch_away", desk.hold([&] { desk.app.selectTab(tab(0)); }));
+        count("switch_back", desk.hold([&] { desk.app.selectTab(tab(1)); }));
+        count("close", desk.hold([&] { desk.app.closeTab(tab(1)); }));
+        desk.app.willTerminate();
+    }
+}
+
+BENCHMARK(holdsOfAHugeFile)->Name("Hold/1GB")->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(holds)->Name("Hold/20MB")->Unit(benchmark::kMillisecond)->Iterations(1);
 
 } // namespace
