@@ -13,11 +13,15 @@ namespace {
 constexpr char16_t emojiSelector = 0xFE0F;
 constexpr char16_t textSelector = 0xFE0E;
 
-/// Whether a unit occurs in emoji; every emoji has one that does. Letters of most scripts are below all of
-/// them.
-constexpr bool mayBeOfEmoji(char16_t unit)
+/// Whether a unit says that its character may be an emoji; every emoji has one that does. Letters of most
+/// scripts are below all of them.
+bool mayBeOfEmoji(char16_t unit)
 {
-    return unit >= 0x231A && (unit <= 0x2B55 || unit == emojiSelector || (unit >= 0xD83C && unit <= 0xD83E));
+    if (unit < 0x231A)
+        return false;
+    if (unit <= 0x2B55)
+        return u_hasBinaryProperty(unit, UCHAR_EMOJI_PRESENTATION);
+    return unit == emojiSelector || (unit >= 0xD83C && unit <= 0xD83E);
 }
 
 bool isEmoji(std::u16string_view character)
