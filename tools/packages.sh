@@ -2,7 +2,7 @@
 
 build_packages=(
     g++ cmake ninja-build ccache pkg-config
-    qt6-base-dev qt6-svg-dev libicu-dev nlohmann-json3-dev libsigc++-3.0-dev libglib2.0-dev libfontconfig-dev
+    qt6-base-dev qt6-svg-dev libicu-dev nlohmann-json3-dev libsigc++-3.0-dev libxxhash-dev libglib2.0-dev libfontconfig-dev
 )
 runtime_packages=(qt6-wayland qt6-translations-l10n fonts-dejavu-core fonts-noto-color-emoji fonts-jetbrains-mono)
 virtual_display_packages=(xvfb xauth)

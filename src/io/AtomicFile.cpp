@@ -35,34 +35,74 @@ Result<Temporary> createTemporary(FileSystem& disk, const Path& folder, uint32_t
     return temporary;
 }
 
-/// Fills the file and returns once its bytes, all of them, are on the disk.
-Result<WrittenFile> fill(File& file, const FileContent& content, const std::function<Status(File&)>& prepare)
+struct Filled {
+    int64_t bytes = 0;
+    ContentHash hash{};
+};
+
+Result<Filled> fill(File& file, const FileContent& content)
 {
-    const auto bytes = content(file);
-    if (!bytes)
-        return std::unexpected(bytes.error());
-    if (auto status = prepare(file); !status)
+    Filled filled;
+    ContentHasher hasher;
+    const Status status = content([&](std::string_view bytes) {
+        filled.bytes += static_cast<int64_t>(bytes.size());
+        hasher.add(bytes);
+        return writeAll(file, bytes);
+    });
+    if (!status)
         return std::unexpected(status.error());
+    filled.hash = hasher.value();
+    return filled;
+}
+
+/// Returns once the file's bytes, all of them, are on the disk.
+Result<WrittenFile> synced(File& file, const Filled& filled)
+{
     if (auto status = file.sync(); !status)
         return std::unexpected(status.error());
     const auto info = file.info();
     if (!info)
         return std::unexpected(info.error());
-    if (info->size != *bytes)
+    if (info->size != filled.bytes)
         return systemFailure(ENOSPC);
-    return WrittenFile{.info = *info, .bytes = *bytes};
+    return WrittenFile{.info = *info, .bytes = filled.bytes, .hash = filled.hash};
 }
 
-/// Writes a file under a temporary name and gives it its own by `rename`; where that fails, nothing is left.
-Result<WrittenFile> publish(FileSystem& disk, const Path& folder, uint32_t mode, const FileContent& content,
-    const std::function<Status(File&)>& prepare, const std::function<Status(const Path&)>& rename)
+/// How a temporary file becomes a file of its own name.
+struct Publication {
+    uint32_t mode = privateMode;
+    std::function<Status(File&)> prepare; ///< may be empty
+    MayPublish mayPublish; ///< may be empty
+    std::function<Status(const Path& temporary)> rename;
+};
+
+Result<WrittenFile> complete(File& file, const FileContent& content, const Publication& publication)
 {
-    const auto temporary = createTemporary(disk, folder, mode);
+    const auto filled = fill(file, content);
+    if (!filled)
+        return std::unexpected(filled.error());
+    if (publication.prepare) {
+        if (auto status = publication.prepare(file); !status)
+            return std::unexpected(status.error());
+    }
+    auto written = synced(file, *filled);
+    if (written && publication.mayPublish) {
+        if (auto status = publication.mayPublish(*written); !status)
+            return std::unexpected(status.error());
+    }
+    return written;
+}
+
+/// Writes a file under a temporary name and gives it its own; where that fails, nothing is left.
+Result<WrittenFile> publish(
+    FileSystem& disk, const Path& folder, const FileContent& content, const Publication& publication)
+{
+    const auto temporary = createTemporary(disk, folder, publication.mode);
     if (!temporary)
         return std::unexpected(temporary.error());
-    auto written = fill(*temporary->file, content, prepare);
+    auto written = complete(*temporary->file, content, publication);
     if (written) {
-        if (auto status = rename(temporary->path); !status)
+        if (auto status = publication.rename(temporary->path); !status)
             written = std::unexpected(status.error());
     }
     if (!written) {
@@ -91,46 +131,57 @@ Status writeAll(File& file, std::string_view bytes)
 
 FileContent contentOf(std::string_view bytes)
 {
-    return [bytes](File& file) -> Result<int64_t> {
-        if (auto status = writeAll(file, bytes); !status)
-            return std::unexpected(status.error());
-        return static_cast<int64_t>(bytes.size());
-    };
+    return [bytes](const Sink& sink) { return sink(bytes); };
 }
 
 FileContent contentOfFile(FileSystem& disk, const Path& path)
 {
-    return [&disk, path](File& file) -> Result<int64_t> {
+    return [&disk, path](const Sink& sink) -> Status {
         const auto source = disk.openForReading(path);
         if (!source)
             return std::unexpected(source.error());
         std::vector<char> buffer(copyPiece);
-        int64_t total = 0;
         for (;;) {
             const auto count = (*source)->read(std::as_writable_bytes(std::span(buffer)));
             if (!count)
                 return std::unexpected(count.error());
             if (*count == 0)
-                return total;
-            if (auto status = writeAll(file, {buffer.data(), *count}); !status)
-                return std::unexpected(status.error());
-            total += static_cast<int64_t>(*count);
+                return {};
+            if (auto status = sink({buffer.data(), *count}); !status)
+                return status;
         }
     };
 }
 
-Result<WrittenFile> replaceFile(FileSystem& disk, const Path& target, const FileContent& content)
+Result<ContentHash> hashOf(const FileContent& content)
 {
-    const auto copyAttributes = [&](File& temporary) { return temporary.copyAttributes(target); };
-    const auto rename = [&](const Path& temporary) { return disk.rename(temporary, target); };
-    return publish(disk, target.parent_path(), privateMode, content, copyAttributes, rename);
+    ContentHasher hasher;
+    const Status status = content([&](std::string_view bytes) -> Status {
+        hasher.add(bytes);
+        return {};
+    });
+    if (!status)
+        return std::unexpected(status.error());
+    return hasher.value();
+}
+
+Result<WrittenFile> replaceFile(
+    FileSystem& disk, const Path& target, const FileContent& content, const MayPublish& mayPublish)
+{
+    return publish(disk, target.parent_path(), content,
+        {.mode = privateMode,
+            .prepare = [&](File& temporary) { return temporary.copyAttributes(target); },
+            .mayPublish = mayPublish,
+            .rename = [&](const Path& temporary) { return disk.rename(temporary, target); }});
 }
 
 Result<WrittenFile> createFile(
     FileSystem& disk, const Path& target, uint32_t mode, const FileContent& content)
 {
-    const auto rename = [&](const Path& temporary) { return disk.renameNoReplace(temporary, target); };
-    return publish(disk, target.parent_path(), mode, content, [](File&) { return Status(); }, rename);
+    return publish(disk, target.parent_path(), content,
+        {.mode = mode, .prepare = nullptr, .mayPublish = nullptr, .rename = [&](const Path& temporary) {
+             return disk.renameNoReplace(temporary, target);
+         }});
 }
 
 Result<WrittenFile> overwriteFile(FileSystem& disk, const Path& target, const FileContent& content)
@@ -138,15 +189,12 @@ Result<WrittenFile> overwriteFile(FileSystem& disk, const Path& target, const Fi
     const auto file = disk.openForWriting(target);
     if (!file)
         return std::unexpected(file.error());
-    const FileContent cutContent = [&](File& open) -> Result<int64_t> {
-        const auto bytes = content(open);
-        if (!bytes)
-            return bytes;
-        if (auto status = open.truncate(*bytes); !status)
-            return std::unexpected(status.error());
-        return bytes;
-    };
-    return fill(**file, cutContent, [](File&) { return Status(); });
+    const auto filled = fill(**file, content);
+    if (!filled)
+        return std::unexpected(filled.error());
+    if (auto status = (*file)->truncate(filled->bytes); !status)
+        return std::unexpected(status.error());
+    return synced(**file, *filled);
 }
 
 Result<std::unique_ptr<File>> createLocked(

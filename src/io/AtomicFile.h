@@ -2,6 +2,7 @@
 // locked temporary file in the same folder, which is then renamed. Any thread.
 #pragma once
 
+#include "io/ContentHash.h"
 #include "platform/FileSystem.h"
 
 #include <functional>
@@ -12,19 +13,27 @@ namespace quillmark {
 struct WrittenFile {
     FileInfo info; ///< of the file that now has the name
     int64_t bytes = 0;
+    ContentHash hash{};
 };
 
-/// Writes the content and returns how many bytes it has. May be called again after a failure.
-using FileContent = std::function<Result<int64_t>(File&)>;
+/// Takes bytes; stops whoever brings them by an error.
+using Sink = std::function<Status(std::string_view)>;
+/// Hands all of its bytes to a sink, piece by piece. May be called again after a failure.
+using FileContent = std::function<Status(const Sink&)>;
 
 /// Writes all bytes; a disk that takes fewer without saying why is a full one (ENOSPC).
 Status writeAll(File& file, std::string_view bytes);
 FileContent contentOf(std::string_view bytes); ///< the bytes must outlive the call that takes the content
 FileContent contentOfFile(FileSystem& disk, const Path& path);
+Result<ContentHash> hashOf(const FileContent& content);
+
+/// Asked with the new file complete and synced, right before it gets its name: an error stops that.
+using MayPublish = std::function<Status(const WrittenFile&)>;
 
 /// The content replaces the regular file `target`, whose mode, attributes and owner it is given. Not for
 /// links. After an error the old file is untouched, unless only the last step, syncing the folder, failed.
-Result<WrittenFile> replaceFile(FileSystem& disk, const Path& target, const FileContent& content);
+Result<WrittenFile> replaceFile(
+    FileSystem& disk, const Path& target, const FileContent& content, const MayPublish& mayPublish = nullptr);
 
 /// The content becomes a new file; EEXIST when the name is taken.
 Result<WrittenFile> createFile(

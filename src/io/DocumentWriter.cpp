@@ -16,17 +16,52 @@ DocumentWriter::DocumentWriter(FileSystem& disk, RecoveryStore& recovery, Schedu
 {
 }
 
-Result<WrittenFile> DocumentWriter::write(const Rope& text, const Path& path, LineEnds lineEnds)
+struct DocumentWriter::Save {
+    const Path& path;
+    OutsideVersion outsideVersion;
+    bool hasReplacedOutsideVersion = false;
+};
+
+Result<SavedFile> DocumentWriter::write(
+    const Rope& text, const Path& path, LineEnds lineEnds, OutsideVersion outsideVersion)
 {
-    return write(contentOf(text, lineEnds), path);
+    Save save{.path = path, .outsideVersion = outsideVersion};
+    auto saved = write(
+        contentOf(text, lineEnds), path, [&](const WrittenFile& ready) { return comeToTerms(save, ready); });
+    if (saved) {
+        m_known.remember(path, FileStamp(saved->info, saved->hash));
+        saved->hasReplacedOutsideVersion = save.hasReplacedOutsideVersion;
+    }
+    return saved;
 }
 
-Result<WrittenFile> DocumentWriter::write(std::string_view bytes, const Path& path)
+Result<SavedFile> DocumentWriter::write(std::string_view bytes, const Path& path)
 {
-    return write(contentOf(bytes), path);
+    return write(contentOf(bytes), path, nullptr);
 }
 
-Result<WrittenFile> DocumentWriter::write(const FileContent& content, const Path& path)
+/// The new file is ready to take the place of the old one: is that still the one we know?
+Status DocumentWriter::comeToTerms(Save& save, const WrittenFile& ready)
+{
+    const auto present = m_disk.stat(save.path);
+    const bool isChanged
+        = present && m_known.stateOf(m_disk, save.path, *present) == KnownFiles::State::changed;
+    const auto hash = isChanged ? hashOf(contentOfFile(m_disk, save.path)) : Result<ContentHash>();
+    if (isChanged && hash != ready.hash) {
+        if (save.outsideVersion == OutsideVersion::refuse)
+            return std::unexpected(Error{.code = changedOutside, .message = "Файл изменён снаружи"});
+        if (auto kept = m_recovery.keepCopy(save.path); !kept)
+            return std::unexpected(kept.error());
+        save.hasReplacedOutsideVersion = true;
+        if (hash) // should the next step fail, it is not kept again and again
+            m_known.remember(save.path, FileStamp(*present, *hash));
+    }
+    m_known.expect(save.path, FileStamp(ready.info, ready.hash));
+    return {};
+}
+
+Result<SavedFile> DocumentWriter::write(
+    const FileContent& content, const Path& path, const MayPublish& mayPublish)
 {
     const auto target = m_disk.resolveLinks(path);
     if (!target)
@@ -35,29 +70,40 @@ Result<WrittenFile> DocumentWriter::write(const FileContent& content, const Path
     if (!present && present.error().code != ENOENT)
         return std::unexpected(present.error());
     tidy(target->parent_path());
-    if (!present)
-        return createFile(m_disk, *target, newFileMode, content);
-    if (present->kind != FileInfo::Kind::regular)
+    if (present && present->kind != FileInfo::Kind::regular)
         return systemFailure(present->kind == FileInfo::Kind::folder ? EISDIR : EINVAL);
-    if (!present->isWritable)
+    if (present && !present->isWritable)
         return systemFailure(EACCES);
-    auto written = replaceFile(m_disk, *target, content);
-    if (!written && (written.error().code == EACCES || written.error().code == EPERM))
-        return overwrite(content, *target);
-    return written;
+    const auto written = present ? replaceFile(m_disk, *target, content, mayPublish)
+                                 : createFile(m_disk, *target, newFileMode, content);
+    const bool isRefused = !written && (written.error().code == EACCES || written.error().code == EPERM);
+    if (present && isRefused)
+        return overwrite(content, *target, mayPublish);
+    if (!written)
+        return std::unexpected(written.error());
+    return SavedFile{*written};
 }
 
-Result<WrittenFile> DocumentWriter::overwrite(const FileContent& content, const Path& target)
+Result<SavedFile> DocumentWriter::overwrite(
+    const FileContent& content, const Path& target, const MayPublish& mayPublish)
 {
+    if (mayPublish) {
+        const auto hash = hashOf(content);
+        if (!hash)
+            return std::unexpected(hash.error());
+        if (auto status = mayPublish({.info = {}, .bytes = 0, .hash = *hash}); !status)
+            return std::unexpected(status.error());
+    }
     const auto kept = m_recovery.keepCopy(target);
     if (!kept)
         return std::unexpected(kept.error());
-    auto written = overwriteFile(m_disk, target, content);
-    if (written)
-        static_cast<void>(m_disk.remove(*kept));
-    else
+    const auto written = overwriteFile(m_disk, target, content);
+    if (!written) {
         static_cast<void>(overwriteFile(m_disk, target, contentOfFile(m_disk, *kept)));
-    return written;
+        return std::unexpected(written.error());
+    }
+    static_cast<void>(m_disk.remove(*kept));
+    return SavedFile{*written};
 }
 
 void DocumentWriter::tidy(const Path& folder)

@@ -1,15 +1,29 @@
 // Saves documents: as UTF-8, complete or not at all, following symbolic links, keeping the file's mode and
-// attributes. Any thread, several at a time for different files.
+// attributes, and never over a version of another program's that nobody has seen. Any thread, several at a
+// time for different files.
 #pragma once
 
 #include "base/Scheduler.h"
 #include "io/Encode.h"
+#include "io/KnownFiles.h"
 #include "io/RecoveryStore.h"
 
 #include <mutex>
 #include <set>
 
 namespace quillmark {
+
+/// What a save does when the file is not the one that was last read or written, and differs in its bytes.
+enum class OutsideVersion {
+    replaceKept, ///< keeps it in the recovery folder and replaces it
+    refuse, ///< fails with the code `changedOutside`
+};
+
+inline constexpr int changedOutside = -1; ///< Error::code; not one of the system's
+
+struct SavedFile : WrittenFile {
+    bool hasReplacedOutsideVersion = false; ///< which is now in the recovery folder
+};
 
 class DocumentWriter {
 public:
@@ -20,17 +34,24 @@ public:
     /// overwritten. A file without write permission (EACCES), a folder (EISDIR) and a device (EINVAL) are
     /// never touched. A file that is not there appears complete, with mode 0666 less the umask; EEXIST when
     /// another program was quicker.
-    Result<WrittenFile> write(const Rope& text, const Path& path, LineEnds lineEnds);
-    Result<WrittenFile> write(std::string_view bytes, const Path& path);
+    Result<SavedFile> write(const Rope& text, const Path& path, LineEnds lineEnds,
+        OutsideVersion outsideVersion = OutsideVersion::replaceKept);
+    Result<SavedFile> write(std::string_view bytes, const Path& path); ///< of the program's own files
+
+    /// What was last read of or written to each document. Whoever reads one says so here.
+    KnownFiles& known() { return m_known; }
 
 private:
-    Result<WrittenFile> write(const FileContent& content, const Path& path);
-    Result<WrittenFile> overwrite(const FileContent& content, const Path& target);
+    struct Save;
+    Result<SavedFile> write(const FileContent& content, const Path& path, const MayPublish& mayPublish);
+    Result<SavedFile> overwrite(const FileContent& content, const Path& target, const MayPublish& mayPublish);
+    Status comeToTerms(Save& save, const WrittenFile& ready);
     void tidy(const Path& folder);
 
     FileSystem& m_disk;
     RecoveryStore& m_recovery;
     Scheduler& m_scheduler;
+    KnownFiles m_known;
     std::mutex m_mutex;
     std::set<Path> m_tidied; ///< folders whose stale temporaries have been removed in this run
 };

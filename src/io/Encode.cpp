@@ -52,7 +52,7 @@ char* widenLineFeeds(char* start, char* end)
 /// Collects encoded bytes and hands full buffers on.
 class Encoder {
 public:
-    Encoder(LineEnds lineEnds, const std::function<Status(std::string_view)>& take)
+    Encoder(LineEnds lineEnds, const Sink& take)
         : m_lineEnds(lineEnds)
         , m_take(take)
     {
@@ -84,14 +84,14 @@ public:
 
 private:
     LineEnds m_lineEnds;
-    const std::function<Status(std::string_view)>& m_take;
+    const Sink& m_take;
     std::vector<char> m_buffer = std::vector<char>(bufferSize);
     size_t m_used = 0;
 };
 
 } // namespace
 
-Status encode(const Rope& text, LineEnds lineEnds, const std::function<Status(std::string_view)>& take)
+Status encode(const Rope& text, LineEnds lineEnds, const Sink& take)
 {
     Encoder encoder(lineEnds, take);
     Status status;
@@ -104,16 +104,7 @@ Status encode(const Rope& text, LineEnds lineEnds, const std::function<Status(st
 
 FileContent contentOf(const Rope& text, LineEnds lineEnds)
 {
-    return [text, lineEnds](File& file) -> Result<int64_t> {
-        int64_t total = 0;
-        const auto status = encode(text, lineEnds, [&](std::string_view bytes) {
-            total += static_cast<int64_t>(bytes.size());
-            return writeAll(file, bytes);
-        });
-        if (!status)
-            return std::unexpected(status.error());
-        return total;
-    };
+    return [text, lineEnds](const Sink& sink) { return encode(text, lineEnds, sink); };
 }
 
 } // namespace quillmark

@@ -10,7 +10,7 @@ enum class LineEnds { lf, crlf };
 
 /// Hands the text on as UTF-8 in pieces, each line feed as `lineEnds` says, a lone surrogate as U+FFFD. Stops
 /// at the first failure. Any thread.
-Status encode(const Rope& text, LineEnds lineEnds, const std::function<Status(std::string_view)>& take);
+Status encode(const Rope& text, LineEnds lineEnds, const Sink& take);
 
 FileContent contentOf(const Rope& text, LineEnds lineEnds);
 

@@ -142,7 +142,8 @@ Result<TextFile> readTextFile(FileSystem& disk, const Path& path, const CancelTo
     const auto bytes = readBytes(*source, std::numeric_limits<int64_t>::max(), token);
     if (!bytes)
         return std::unexpected(bytes.error());
-    return TextFile{.content = TextFileReader::decode(*bytes), .info = source->info()};
+    return TextFile{
+        .content = TextFileReader::decode(*bytes), .info = source->info(), .hash = contentHash(*bytes)};
 }
 
 Result<TextFile> readTextFileInPieces(FileSystem& disk, const Path& path, const CancelToken& token)

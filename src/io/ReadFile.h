@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Scheduler.h"
+#include "io/ContentHash.h"
 #include "io/TextFileReader.h"
 #include "platform/FileSystem.h"
 
@@ -19,6 +20,7 @@ struct FileBytes {
 struct TextFile {
     TextFileReader::Result content;
     FileInfo info; ///< as in FileBytes
+    ContentHash hash{}; ///< of the bytes
 };
 
 /// A larger file (20 MiB) opens read-only.

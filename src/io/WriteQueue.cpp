@@ -44,7 +44,7 @@ JobQueue::Job WriteQueue::jobFor(const WriteRequest& request, uint64_t serial)
 {
     return [&scheduler = m_scheduler, &writer = m_writer, &log = m_log, outcomes = m_outcomes, request,
                serial]() -> Status {
-        auto result = writer.write(request.text, request.target, request.lineEnds);
+        auto result = writer.write(request.text, request.target, request.lineEnds, request.outsideVersion);
         Status status;
         if (!result) {
             log.line("Quillmark: background save failed: " + result.error().message);
@@ -77,10 +77,10 @@ void WriteQueue::deliver()
     }
 }
 
-Result<WrittenFile> WriteQueue::writeNow(const WriteRequest& request)
+Result<SavedFile> WriteQueue::writeNow(const WriteRequest& request)
 {
     discard(request.target);
-    return m_writer.write(request.text, request.target, request.lineEnds);
+    return m_writer.write(request.text, request.target, request.lineEnds, request.outsideVersion);
 }
 
 void WriteQueue::discard(const Path& target)

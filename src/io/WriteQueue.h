@@ -16,6 +16,7 @@ struct WriteRequest {
     Path target;
     Rope text;
     LineEnds lineEnds = LineEnds::lf;
+    OutsideVersion outsideVersion = OutsideVersion::replaceKept;
     uint64_t version = 0; ///< the caller's; comes back with the outcome
 };
 
@@ -25,7 +26,7 @@ public:
     struct Outcome {
         Path target;
         uint64_t version = 0;
-        Result<WrittenFile> result; ///< after a failure the text is still in the queue
+        Result<SavedFile> result; ///< after a failure the text is still in the queue
     };
 
     WriteQueue(
@@ -39,7 +40,7 @@ public:
     /// Writes at once, on this thread. Replaces whatever was queued for the file: no older text reaches the
     /// disk afterwards, not even when this write fails, for then the caller still has the newer one. `done`
     /// is not called.
-    Result<WrittenFile> writeNow(const WriteRequest& request);
+    Result<SavedFile> writeNow(const WriteRequest& request);
 
     /// Forgets what is queued for a file. Once it returns, no write of it is running.
     void discard(const Path& target);

@@ -14,9 +14,16 @@ class Save : public FakeDisk {
 protected:
     Save() { disk.putFolder("/d"); }
 
-    Result<WrittenFile> save(std::string_view text, const Path& path = "/d/a")
+    Result<SavedFile> save(std::string_view text, const Path& path = "/d/a")
     {
         return writer.write(Rope::fromUtf8(text), path, LineEnds::lf);
+    }
+
+    /// A file that this run has not met before.
+    void putOld()
+    {
+        disk.putFile("/d/a", before);
+        writer.known().forget("/d/a");
     }
 
     /// The disk after a fault: a whole text under the name, nothing else in the folder once another run has
@@ -45,8 +52,9 @@ TEST_F(Save, AFaultAtAnyStepLeavesTheOldOrTheNewText)
                 const std::string what = std::to_string(code) + " at step " + std::to_string(step);
                 disk.erase("/d");
                 disk.putFolder("/d");
+                writer.known().forget("/d/a");
                 if (isThere)
-                    disk.putFile("/d/a", before);
+                    putOld();
                 const int64_t start = disk.callCount();
                 disk.failCall(step, code);
                 const auto written = save(after);
@@ -69,7 +77,7 @@ TEST_F(Save, APowerCutAtAnyStepLeavesTheOldOrTheNewText)
         {FakeFileSystem::UnsyncedEntries::lost, FakeFileSystem::UnsyncedEntries::kept}) {
         bool wasWritten = false;
         for (int64_t step = 1; !wasWritten; ++step) {
-            disk.putFile("/d/a", before);
+            putOld();
             disk.failFrom(step, EIO);
             wasWritten = save(after).has_value();
             disk.crash(entries);
@@ -83,7 +91,7 @@ TEST_F(Save, APowerCutAtAnyStepLeavesTheOldOrTheNewText)
 
 TEST_F(Save, AFullDiskKeepsTheOldBytesWhereverItEnds)
 {
-    disk.putFile("/d/a", before);
+    putOld();
     for (const int64_t space : {0, 1, 4096, 270'000, 299'999}) {
         disk.setCapacity(static_cast<int64_t>(before.size()) + space);
         EXPECT_EQ(save(after).error().code, ENOSPC) << space;
@@ -100,7 +108,7 @@ TEST_F(Save, AFullDiskKeepsTheOldBytesWhereverItEnds)
 
 TEST_F(Save, NobodySeesAnIncompleteFileUnderTheName)
 {
-    disk.putFile("/d/a", before);
+    putOld();
     disk.setHook([&](const FakeFileSystem::Call&) {
         const auto seen = disk.bytes("/d/a");
         EXPECT_TRUE(seen == before || seen == after);
@@ -124,7 +132,7 @@ TEST_F(Save, ANewFileDoesNotReplaceOneThatAppearedMeanwhile)
 
 TEST_F(Save, KeepsModeAndAttributesAndReportsTheFile)
 {
-    disk.putFile("/d/a", before);
+    putOld();
     disk.setMode("/d/a", 0755);
     disk.setAttribute("/d/a", "user.tag", "red");
     scheduler.advance(5s);
@@ -141,7 +149,7 @@ TEST_F(Save, KeepsModeAndAttributesAndReportsTheFile)
 
 TEST_F(Save, AFolderThatRefusesNewFilesIsWrittenInPlaceWithTheOldBytesKept)
 {
-    disk.putFile("/d/a", before);
+    putOld();
     disk.setMode("/d", 0555);
     const uint64_t inode = disk.infoOf("/d/a").inode;
     bool sawCopy = false;
@@ -156,7 +164,7 @@ TEST_F(Save, AFolderThatRefusesNewFilesIsWrittenInPlaceWithTheOldBytesKept)
     EXPECT_TRUE(recovered().empty()) << "the copy goes when the new text is safe";
 
     disk.setHook(nullptr);
-    disk.putFile("/d/a", before);
+    putOld();
     disk.failOnce(DiskOperation::sync, EIO, "/d/a");
     EXPECT_EQ(save(after).error().code, EIO);
     EXPECT_EQ(disk.bytes("/d/a"), before) << "put back";
@@ -173,7 +181,7 @@ TEST_F(Save, APowerCutWhileWritingInPlaceLeavesTheOldBytesSomewhere)
     bool wasWritten = false;
     for (int64_t step = 1; !wasWritten; ++step) {
         scheduler.advance(1s);
-        disk.putFile("/d/a", before);
+        putOld();
         disk.failFrom(step, EIO);
         wasWritten = save(after).has_value();
         disk.crash(FakeFileSystem::UnsyncedEntries::lost);
@@ -186,7 +194,7 @@ TEST_F(Save, APowerCutWhileWritingInPlaceLeavesTheOldBytesSomewhere)
 
 TEST_F(Save, LinksAndRefusals)
 {
-    disk.putFile("/d/a", before);
+    putOld();
     disk.putLink("/links/first", "second");
     disk.putLink("/links/second", "../d/a");
     disk.putLink("/links/loop", "loop");
@@ -200,6 +208,94 @@ TEST_F(Save, LinksAndRefusals)
     disk.setMode("/d/a", 0444);
     EXPECT_EQ(save("x").error().code, EACCES);
     EXPECT_EQ(disk.bytes("/d/a"), "new");
+}
+
+/// Another program writes the file that we know.
+class SaveBesideOthers : public Save {
+protected:
+    SaveBesideOthers()
+    {
+        EXPECT_TRUE(save("ours"));
+        scheduler.advance(1s);
+    }
+    Result<SavedFile> refusing(std::string_view text)
+    {
+        return writer.write(Rope::fromUtf8(text), "/d/a", LineEnds::lf, OutsideVersion::refuse);
+    }
+    KnownFiles::State state() { return writer.known().stateOf(disk, "/d/a", disk.infoOf("/d/a")); }
+    using Texts = std::vector<std::string>;
+};
+
+TEST_F(SaveBesideOthers, TheirVersionIsKeptBeforeItIsReplaced)
+{
+    disk.putFile("/d/a", "theirs");
+    EXPECT_EQ(state(), KnownFiles::State::changed);
+    const auto saved = save("ours again");
+    ASSERT_TRUE(saved);
+    EXPECT_TRUE(saved->hasReplacedOutsideVersion);
+    EXPECT_EQ(disk.bytes("/d/a"), "ours again");
+    EXPECT_EQ(recovered(), Texts{"theirs"});
+    EXPECT_FALSE(save("and again")->hasReplacedOutsideVersion);
+}
+
+TEST_F(SaveBesideOthers, ARefusedSaveTouchesNothing)
+{
+    disk.putFile("/d/a", "OURS"); // of the same size
+    EXPECT_EQ(refusing("ours again").error().code, changedOutside);
+    EXPECT_EQ(disk.bytes("/d/a"), "OURS");
+    EXPECT_EQ(disk.names("/d"), Texts{"a"});
+    EXPECT_TRUE(refusing("OURS")) << "what they wrote is what we want";
+    EXPECT_TRUE(recovered().empty());
+}
+
+TEST_F(SaveBesideOthers, TheSameBytesAreNoChange)
+{
+    disk.putFile("/d/a", "ours");
+    EXPECT_EQ(state(), KnownFiles::State::asKnown);
+    EXPECT_TRUE(refusing("more"));
+    disk.erase("/d/a");
+    disk.putFile("/d/a", "more"); // by renaming, say: another inode
+    EXPECT_EQ(state(), KnownFiles::State::asKnown);
+    disk.erase("/d/a");
+    EXPECT_TRUE(refusing("made again"));
+    EXPECT_TRUE(recovered().empty());
+}
+
+TEST_F(SaveBesideOthers, AChangeInTheMiddleOfASaveIsSeen)
+{
+    disk.setHook([this](const FakeFileSystem::Call& call) {
+        if (call.operation == DiskOperation::sync) {
+            disk.setHook(nullptr);
+            disk.putFile("/d/a", "theirs");
+        }
+    });
+    EXPECT_TRUE(save("ours again")->hasReplacedOutsideVersion);
+    EXPECT_EQ(recovered(), Texts{"theirs"});
+}
+
+TEST_F(SaveBesideOthers, WithoutAPlaceForTheirVersionItStays)
+{
+    disk.putFile("/d/a", "theirs");
+    disk.failAlways(DiskOperation::createNew, ENOSPC, "/state/");
+    EXPECT_FALSE(save("ours again"));
+    EXPECT_EQ(disk.bytes("/d/a"), "theirs");
+    disk.heal();
+    disk.failAlways(DiskOperation::rename, EIO, "/d/");
+    for (int i = 0; i < 5; ++i)
+        EXPECT_FALSE(save("ours again"));
+    EXPECT_EQ(recovered(), Texts{"theirs"}) << "kept once";
+    disk.heal();
+    EXPECT_TRUE(save("ours again"));
+}
+
+TEST_F(SaveBesideOthers, OurOwnSaveIsOursFromItsFirstMomentOn)
+{
+    disk.setHook([this](const FakeFileSystem::Call& call) {
+        if (call.operation == DiskOperation::syncFolder && call.path == "/d") {
+            EXPECT_EQ(state(), KnownFiles::State::asKnown) << "renamed, but not yet reported as saved";
+        }
+    });
+    EXPECT_TRUE(save("longer than before"));
 }
 
 TEST(ReadFile, TakesWhatItGetsOfAFileThatChanges)

@@ -1,0 +1,78 @@
+#include "io/KnownFiles.h"
+
+#include "io/AtomicFile.h"
+
+namespace quillmark {
+
+FileStamp::FileStamp(const FileInfo& info, const ContentHash& contentHash)
+    : device(info.device)
+    , inode(info.inode)
+    , size(info.size)
+    , modified(info.modified)
+    , hash(contentHash)
+{
+}
+
+bool FileStamp::matches(const FileInfo& info) const
+{
+    return device == info.device && inode == info.inode && size == info.size && modified == info.modified;
+}
+
+void KnownFiles::remember(const Path& path, const FileStamp& stamp)
+{
+    const std::lock_guard lock(m_mutex);
+    m_entries.insert_or_assign(path.native(), Entry{.stamp = stamp, .expected = {}});
+}
+
+void KnownFiles::expect(const Path& path, const FileStamp& stamp)
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto entry = m_entries.find(path.native()); entry != m_entries.end())
+        entry->second.expected = stamp;
+}
+
+void KnownFiles::forget(const Path& path)
+{
+    const std::lock_guard lock(m_mutex);
+    m_entries.erase(path.native());
+}
+
+void KnownFiles::move(const Path& from, const Path& to)
+{
+    const std::lock_guard lock(m_mutex);
+    m_entries.erase(to.native());
+    if (auto entry = m_entries.extract(from.native())) {
+        entry.key() = to.native();
+        m_entries.insert(std::move(entry));
+    }
+}
+
+bool KnownFiles::knows(const Path& path) const
+{
+    return find(path).has_value();
+}
+
+std::optional<KnownFiles::Entry> KnownFiles::find(const Path& path) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto entry = m_entries.find(path.native());
+    return entry != m_entries.end() ? std::optional(entry->second) : std::nullopt;
+}
+
+KnownFiles::State KnownFiles::stateOf(FileSystem& disk, const Path& path, const FileInfo& info)
+{
+    const auto entry = find(path);
+    if (!entry)
+        return State::unknown;
+    if (entry->stamp.matches(info) || (entry->expected && entry->expected->matches(info)))
+        return State::asKnown;
+    if (info.kind != FileInfo::Kind::regular || info.size != entry->stamp.size)
+        return State::changed;
+    const auto hash = hashOf(contentOfFile(disk, path));
+    if (!hash || *hash != entry->stamp.hash)
+        return State::changed;
+    remember(path, FileStamp(info, *hash));
+    return State::asKnown;
+}
+
+} // namespace quillmark

@@ -1,0 +1,57 @@
+// What this program last read of or wrote to each file, by path: so that its own save is never taken for a
+// change from outside, and a change from outside never for its own. Any thread.
+#pragma once
+
+#include "io/ContentHash.h"
+#include "platform/FileSystem.h"
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace quillmark {
+
+/// A state of a file: which one it is, when it was written, and its bytes as a hash.
+struct FileStamp {
+    uint64_t device = 0;
+    uint64_t inode = 0;
+    int64_t size = 0; ///< bytes
+    WallTime modified = distantPast;
+    ContentHash hash{};
+
+    FileStamp() = default;
+    FileStamp(const FileInfo& info, const ContentHash& contentHash);
+    bool matches(const FileInfo& info) const; ///< nobody has written the file since
+};
+
+class KnownFiles {
+public:
+    void remember(const Path& path, const FileStamp& stamp);
+    /// The file is about to get this state, and still has the one remembered: both are ours.
+    void expect(const Path& path, const FileStamp& stamp);
+    void forget(const Path& path);
+    void move(const Path& from, const Path& to); ///< the file has been renamed by us
+    bool knows(const Path& path) const;
+
+    enum class State {
+        unknown, ///< the file was neither read nor written here
+        asKnown,
+        changed, ///< by somebody else
+    };
+    /// What a look at the file says. Cheap unless the file was written anew: then its bytes are read and
+    /// compared, and remembered when they are the same.
+    State stateOf(FileSystem& disk, const Path& path, const FileInfo& info);
+
+private:
+    struct Entry {
+        FileStamp stamp;
+        std::optional<FileStamp> expected;
+    };
+    std::optional<Entry> find(const Path& path) const;
+
+    mutable std::mutex m_mutex;
+    std::map<std::string, Entry> m_entries; ///< by the bytes of the path
+};
+
+} // namespace quillmark
