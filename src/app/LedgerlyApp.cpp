@@ -33,6 +33,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
     , m_defaults(m_files, m_writer, m_scheduler, m_log, m_paths.settings())
     , m_trash(m_scheduler, m_log)
     , m_appearance(m_scheduler)
+    , m_watching(m_scheduler, m_files, m_log)
 {
     QApplication::setStyle(new Style);
     QApplication::setFont(withPixelSize(QApplication::font(), menuTextSize));
@@ -48,6 +49,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
         .appearance = m_appearance,
         .writer = m_writer,
         .recovery = m_recovery,
+        .watching = m_watching,
         .defaultNotesFolder = m_paths.documents / "Notes",
         .journalFolder = m_paths.journal(),
     });

@@ -8,6 +8,7 @@
 #include "desktop/QtAppearance.h"
 #include "desktop/QtClipboard.h"
 #include "desktop/QtScheduler.h"
+#include "io/InotifyWatching.h"
 #include "io/JsonUserDefaults.h"
 #include "io/PosixFileSystem.h"
 #include "io/StandardPaths.h"
@@ -47,6 +48,7 @@ private:
     GioTrash m_trash;
     QTranslator m_toolkitTexts;
     QtAppearance m_appearance;
+    InotifyWatching m_watching;
     QtClipboard m_clipboard;
     AppDelegate m_delegate;
     std::unique_ptr<AppState> m_app;

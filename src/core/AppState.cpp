@@ -36,6 +36,8 @@ NoteStoreServices noteStoreServices(AppServices& services, WriteQueue& writeQueu
         .trash = services.trash,
         .writeQueue = writeQueue,
         .recovery = services.recovery,
+        .known = services.writer.known(),
+        .watching = services.watching,
         .defaultFolder = services.defaultNotesFolder};
 }
 
@@ -78,6 +80,9 @@ AppState::AppState(AppServices services)
     connections.push_back(persist(showLineNumbers, defaults, lineNumbersKey));
     connections.push_back(persist(showMinimap, defaults, minimapKey));
     connections.push_back(store.onRename([this] { saveSession(); }));
+    store.onExternalChanges = [this](const auto& changedIDs, const auto& removedIDs) {
+        m_impl->handleExternalNoteChanges(changedIDs, removedIDs);
+    };
 
     m_impl->journal.recoverLeftovers();
     m_impl->restoreSession();

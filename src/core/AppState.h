@@ -33,6 +33,7 @@ struct AppServices {
     Appearance& appearance;
     DocumentWriter& writer;
     RecoveryStore& recovery;
+    FileWatching& watching;
     Path defaultNotesFolder;
     Path journalFolder; ///< of this program alone: holds the text of documents while they are dirty
 };

@@ -3,6 +3,11 @@
 #include "io/AtomicFile.h"
 
 namespace quillmark {
+namespace {
+
+constexpr int64_t largestCompared = 32 * 1024 * 1024; ///< bytes; somebody waits for the answer
+
+} // namespace
 
 FileStamp::FileStamp(const FileInfo& info, const ContentHash& contentHash)
     : device(info.device)
@@ -66,7 +71,8 @@ KnownFiles::State KnownFiles::stateOf(FileSystem& disk, const Path& path, const 
         return State::unknown;
     if (entry->stamp.matches(info) || (entry->expected && entry->expected->matches(info)))
         return State::asKnown;
-    if (info.kind != FileInfo::Kind::regular || info.size != entry->stamp.size)
+    const bool mayBeEqual = info.kind == FileInfo::Kind::regular && info.size == entry->stamp.size;
+    if (!mayBeEqual || info.size > largestCompared)
         return State::changed;
     const auto hash = hashOf(contentOfFile(disk, path));
     if (!hash || *hash != entry->stamp.hash)

@@ -40,7 +40,7 @@ public:
         changed, ///< by somebody else
     };
     /// What a look at the file says. Cheap unless the file was written anew: then its bytes are read and
-    /// compared, and remembered when they are the same.
+    /// compared, and remembered when they are the same. (Not in files larger than any that can be edited.)
     State stateOf(FileSystem& disk, const Path& path, const FileInfo& info);
 
 private:

@@ -3,7 +3,7 @@
 #include "io/Bookmark.h"
 #include "io/Encode.h"
 #include "io/ReadFile.h"
-#include "io/Utf8.h"
+#include "notes/NoteFiles.h"
 #include "notes/NoteNames.h"
 #include "text/Unicode.h"
 
@@ -17,42 +17,10 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view folderKey = "notesFolderBookmark";
 constexpr Duration renameDelay = 5s;
-constexpr int64_t leadingBytes = 512;
 constexpr int64_t leadingCharacters = 1024;
 constexpr int64_t leadingUnits
     = 64 * leadingCharacters; // bounds what a text of endless combining marks costs
 constexpr uint32_t newFileMode = 0666; // less the umask
-
-bool isNoteFile(const FolderEntry& entry)
-{
-    if (entry.name.starts_with('.') || entry.info.kind != FileInfo::Kind::regular)
-        return false;
-    std::string extension = Path(entry.name).extension().native();
-    std::ranges::transform(extension, extension.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return extension == ".txt";
-}
-
-void sortNewestFirst(NoteStore::Notes& notes)
-{
-    std::ranges::stable_sort(notes, std::ranges::greater(), &Note::modifiedAt);
-}
-
-/// Without the beginning of a UTF-8 sequence whose rest lies behind the end.
-std::string_view withoutCutCharacter(std::string_view bytes)
-{
-    const size_t longest = std::min<size_t>(3, bytes.size());
-    for (size_t n = 1; n <= longest; ++n) {
-        const auto byte = static_cast<unsigned char>(bytes[bytes.size() - n]);
-        if (byte < 0x80)
-            return bytes;
-        if (byte < 0xC0)
-            continue; // in the middle of a sequence
-        const size_t wanted = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
-        return n < wanted ? bytes.substr(0, bytes.size() - n) : bytes;
-    }
-    return bytes;
-}
 
 TitleAndPreview titleAndPreviewOf(const Rope& text)
 {
@@ -61,17 +29,6 @@ TitleAndPreview titleAndPreviewOf(const Rope& text)
 }
 
 } // namespace
-
-std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes)
-{
-    const auto read = readFile(files, file, maxBytes);
-    if (!read)
-        return {};
-    std::string_view bytes = read->bytes;
-    if (static_cast<int64_t>(bytes.size()) == maxBytes)
-        bytes = withoutCutCharacter(bytes);
-    return TextFileReader::decode(bytes).text.text();
-}
 
 NoteStore::NoteStore(NoteStoreServices services)
     : m_services(std::move(services))
@@ -105,9 +62,12 @@ Path NoteStore::resolveFolder()
 void NoteStore::useFolder(const Path& folder)
 {
     m_renameTasks.clear();
+    m_syncTask.cancel();
+    m_unmade.clear();
     (void)m_services.files.makeFolders(folder);
     folderURL.set(folder);
     reloadNotes();
+    startWatchingFolder();
 }
 
 bool NoteStore::setNotesFolder(const Path& folder)
@@ -185,6 +145,7 @@ void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
     note->preview = std::move(preview);
     note->modifiedAt = m_services.scheduler.wallNow();
     note->byteSize = byteSize;
+    m_unmade.erase(id);
     sortNewestFirst(all);
     notes.set(std::move(all));
     scheduleRename(id);
@@ -219,7 +180,11 @@ Note NoteStore::createNote()
 {
     const auto made = makeFile(untitled, [&](const Path& url) -> Status {
         const auto file = m_services.files.createNew(url, newFileMode);
-        return file ? Status() : std::unexpected(file.error());
+        if (!file)
+            return std::unexpected(file.error());
+        if (const auto info = (*file)->info())
+            m_services.known.remember(url, FileStamp(*info, contentHash("")));
+        return {};
     });
     Note note{.id = Uuid::random(),
         .url = made ? *made : uniqueNoteURL(untitled),
@@ -227,6 +192,8 @@ Note NoteStore::createNote()
         .preview = "",
         .modifiedAt = m_services.scheduler.wallNow(),
         .byteSize = 0};
+    if (!made)
+        m_unmade.insert(note.id);
     insertInFront(note);
     return note;
 }
@@ -259,6 +226,7 @@ Status NoteStore::moveToName(const Note& note, std::string_view baseName)
         baseName, [&](const Path& url) { return m_services.files.renameNoReplace(note.url, url); });
     if (!target)
         return std::unexpected(target.error());
+    m_services.known.move(note.url, *target);
     Note moved = note;
     moved.url = *target;
     update(moved);
@@ -275,6 +243,7 @@ void NoteStore::trashNote(Note note)
         m_services.writeQueue.discard(note.url);
     }
     m_services.trash.recycle(note.url);
+    m_services.known.forget(note.url);
     Notes rest = notes.get();
     std::erase_if(rest, [&](const Note& other) { return other.id == note.id; });
     notes.set(std::move(rest));
@@ -305,8 +274,10 @@ void NoteStore::saveNoteText(const Rope& text, Uuid id)
     const Note* note = find(id);
     if (!note)
         return;
-    const auto written
-        = m_services.writeQueue.writeNow({.target = note->url, .text = text, .lineEnds = LineEnds::lf});
+    const auto written = m_services.writeQueue.writeNow({.target = note->url,
+        .text = text,
+        .lineEnds = LineEnds::lf,
+        .outsideVersion = OutsideVersion::replaceKept});
     if (written) {
         noteDidSave(id, text, written->bytes);
         return;

@@ -1,8 +1,8 @@
 // The notes folder and one record for each note file in it: listing, naming and renaming, copies, the Trash.
 // Ids and records are taken by value: what they were read from may change meanwhile.
 // A failure is never fatal: an unreadable folder is an empty list, and the words of a note that cannot be
-// written go to the recovery folder. Main thread only; files are read and written before an operation
-// returns.
+// written go to the recovery folder. What other programs do in the folder shows up half a second later. Main
+// thread only; files are read and written before an operation returns.
 #pragma once
 
 #include "base/Observable.h"
@@ -10,6 +10,7 @@
 #include "io/RecoveryStore.h"
 #include "io/WriteQueue.h"
 #include "notes/Note.h"
+#include "platform/FSWatcher.h"
 #include "platform/Log.h"
 #include "platform/Trash.h"
 #include "platform/UserDefaults.h"
@@ -17,6 +18,7 @@
 #include <optional>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace quillmark {
@@ -30,6 +32,8 @@ struct NoteStoreServices {
     Trash& trash;
     WriteQueue& writeQueue;
     RecoveryStore& recovery;
+    KnownFiles& known;
+    FileWatching& watching;
     Path defaultFolder;
 };
 
@@ -52,6 +56,14 @@ public:
     bool setNotesFolder(const Path& folder); ///< false, and nothing changes, when it cannot be used
     void resetNotesFolder(); ///< back to the default folder
     void reloadNotes(); ///< lists the folder from scratch; every record gets a new id
+
+    // Other programs in the folder.
+    /// Hears the ids of notes whose files changed on disk and of those whose files are gone. A file that has
+    /// been renamed is gone, and new under a new id.
+    std::function<void(const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs)>
+        onExternalChanges;
+    void scheduleSync(); ///< 0.4 s after the last call
+    void syncWithDisk(); ///< brings `notes` up to date; what is known keeps its id
 
     // Note files.
     Path uniqueNoteURL(
@@ -83,6 +95,9 @@ private:
     Path resolveFolder();
     void useFolder(const Path& folder);
     Note record(const FolderEntry& entry) const;
+    void startWatchingFolder();
+    bool isOnItsWay(const Note& note) const;
+    bool bringUpToDate(Note& note, const FileInfo& file);
     void scheduleRename(Uuid id);
     Result<Path> makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make);
     Status moveToName(const Note& note, std::string_view baseName);
@@ -90,12 +105,11 @@ private:
     void update(const Note& note);
 
     NoteStoreServices m_services;
+    std::unique_ptr<FSWatcher> m_folderWatcher;
+    Task m_syncTask;
+    std::unordered_set<Uuid> m_unmade; ///< new notes whose files could not be made yet
     std::unordered_map<Uuid, Task> m_renameTasks;
     Signal<> m_renamed;
 };
-
-/// The first bytes of a file as text; empty when it cannot be read. A character that the end cuts is left
-/// out.
-std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes);
 
 } // namespace quillmark

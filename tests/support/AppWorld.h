@@ -17,6 +17,7 @@ struct AppWorld : World {
             .appearance = appearance,
             .writer = writer,
             .recovery = recovery,
+            .watching = watching,
             .defaultNotesFolder = notes,
             .journalFolder = journal});
     }

@@ -4,6 +4,7 @@
 #include "io/DocumentWriter.h"
 #include "io/RecoveryStore.h"
 #include "support/FakeFileSystem.h"
+#include "support/FakeFileWatching.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryDefaults.h"
 #include "support/RecordingAppearance.h"
@@ -34,6 +35,7 @@ struct World {
     }};
     RecoveryStore recovery{disk, scheduler, log, recovered};
     DocumentWriter writer{disk, recovery, scheduler};
+    FakeFileWatching watching{disk};
 
     World() { disk.putFolder(notes); }
 

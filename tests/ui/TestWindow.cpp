@@ -55,6 +55,7 @@ void TestWindow::show()
         .appearance = m_appearance,
         .writer = m_writer,
         .recovery = m_recovery,
+        .watching = m_watching,
         .defaultNotesFolder = notesFolder(),
         .journalFolder = m_folder / "journal",
     });

@@ -4,6 +4,7 @@
 
 #include "app/window/ContentView.h"
 #include "io/DocumentWriter.h"
+#include "io/InotifyWatching.h"
 #include "io/PosixFileSystem.h"
 #include "io/RecoveryStore.h"
 #include "support/FakeClipboard.h"
@@ -65,6 +66,7 @@ private:
     MemoryDefaults m_defaults;
     RecordingTrash m_trash{[](const Path& file) { std::filesystem::remove(file); }};
     RecordingAppearance m_appearance;
+    InotifyWatching m_watching{m_scheduler, m_files, m_log};
     FakeClipboard m_clipboard;
     RecoveryStore m_recovery;
     DocumentWriter m_writer;

@@ -1,5 +1,5 @@
-// The private side of AppState. Its operations are grouped by topic, a file each: tabs, loading, saving, what
-// happens to text that would be given up, the session.
+// The private side of AppState. Its operations are grouped by topic, a file each: tabs, loading, saving,
+// changes by other programs, what happens to text that would be given up, the session.
 #pragma once
 
 #include "core/AppState.h"
@@ -50,7 +50,7 @@ struct AppState::Impl {
     void loadActiveDocument();
     bool loadQueuedText(const Path& url);
     void loadInBackground(const Path& url);
-    void publish(Result<TextFile> read);
+    void publish(const Path& url, Result<TextFile> read);
     void applyLoadedDocument(TextFileReader::Result result);
     void replaceText(Rope text);
     void detectLanguageFromContent();
@@ -58,9 +58,20 @@ struct AppState::Impl {
     // Saving.
     void scheduleSave();
     void keepBytesThenSave(const Path& url);
-    Result<int64_t> write(const Path& url, AllowBackground allowBackground);
+    Result<int64_t> write(const EditorTab& tab, const Path& url, AllowBackground allowBackground);
     Status mayReplace(const Path& url);
     void announceEncoding(EditorTab& tab);
+
+    // Other programs.
+    void watchActiveFile(const EditorTab& tab);
+    void scheduleFileCheck(Duration delay);
+    void checkActiveFileOnDisk();
+    void handleExternalNoteChanges(const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs);
+    void activeNoteChanged(Path url);
+    void activeNoteRemoved(const Uuid& tabID);
+    void keepAsConflictCopy(const Rope& text, const Path& url);
+    void queuedNoteWasChanged(const Path& url);
+    bool isAsKnown(const Path& url);
 
     // What would be given up.
     void rescueUnsavedText();
@@ -86,11 +97,17 @@ struct AppState::Impl {
     std::optional<Uuid> rescued; ///< the document whose text was last kept
 
     bool isSessionRestored = false; ///< before, nothing may be written over the stored one
+    std::unique_ptr<FSWatcher> activeFileWatcher; ///< while a file tab is active
+    Task fileCheckTask;
+    std::optional<SteadyTime> lastFlushAt;
+
     Task saveTask;
     Task loadTask;
     Task noticeTask;
     std::vector<Connection> connections;
 };
+
+inline constexpr const char* fileChangedNotice = "Файл изменён снаружи — ваша версия будет сохранена поверх";
 
 /// Whether an error says that there is no file, rather than that it cannot be read.
 bool saysMissing(const Error& error);

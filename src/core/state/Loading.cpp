@@ -25,6 +25,7 @@ void AppState::Impl::loadActiveDocument()
 {
     loadTask.cancel();
     saveTask.cancel();
+    activeFileWatcher.reset();
     app.isLoading.set(false);
     const auto tab = app.activeTab();
     document = {};
@@ -40,13 +41,14 @@ void AppState::Impl::loadActiveDocument()
     const int64_t size = note ? note->byteSize : sizeOf(services.files, *url);
     app.isReadOnly.set(size > largestEditableFile);
     app.syntaxLanguage.set(tab->languageOverride.value_or(languageForURL(*url)));
+    watchActiveFile(*tab);
 
     if (!isOnDisk && loadQueuedText(*url))
         return;
     if (size >= backgroundThreshold)
         loadInBackground(*url);
     else
-        publish(readTextFile(services.files, *url));
+        publish(*url, readTextFile(services.files, *url));
 }
 
 /// The disk does not take a text that is newer than the file: the document goes on where it was left.
@@ -69,18 +71,19 @@ void AppState::Impl::loadInBackground(const Path& url)
     loadTask = services.scheduler.background(
         Priority::userInitiated,
         [&files = services.files, url](const CancelToken& token) { return readTextFile(files, url, token); },
-        [this, tabID = document.tabID](Result<TextFile> read) {
+        [this, url, tabID = document.tabID](Result<TextFile> read) {
             if (app.activeTabID.get() == tabID)
-                publish(std::move(read));
+                publish(url, std::move(read));
         });
 }
 
-void AppState::Impl::publish(Result<TextFile> read)
+void AppState::Impl::publish(const Path& url, Result<TextFile> read)
 {
     if (!read && !saysMissing(read.error()))
         document.unreadable = read.error();
     if (!read)
         return applyLoadedDocument({});
+    services.writer.known().remember(url, FileStamp(read->info, read->hash));
     document.isLossy = read->content.lossy;
     applyLoadedDocument(std::move(read->content));
 }

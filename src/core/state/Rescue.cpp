@@ -66,8 +66,15 @@ std::optional<Journal::Snapshot> AppState::Impl::journalSnapshot(const Uuid& id)
 void AppState::Impl::queuedWriteEnded(const WriteQueue::Outcome& outcome)
 {
     const auto save = queuedSaves.find(outcome.target.native());
-    if (!outcome.result || save == queuedSaves.end())
+    if (save == queuedSaves.end())
         return;
+    if (!outcome.result) {
+        if (outcome.result.error().code == changedOutside)
+            queuedNoteWasChanged(outcome.target);
+        return;
+    }
+    if (outcome.result->hasReplacedOutsideVersion)
+        app.showNotice(fileChangedNotice);
     journal.saved(save->second.document, outcome.version);
     if (save->second.note)
         app.store.setByteSize(*save->second.note, outcome.result->bytes);

@@ -88,11 +88,14 @@ void AppState::flushSave(AllowBackground allowBackground)
         return;
     if (allowBackground == AllowBackground::yes && m_impl->document.isLossy && isLarge(m_impl->currentText))
         return m_impl->keepBytesThenSave(*url);
-    const auto byteSize = m_impl->write(*url, allowBackground);
+    const auto byteSize = m_impl->write(*tab, *url, allowBackground);
+    if (!byteSize && byteSize.error().code == changedOutside)
+        return m_impl->activeNoteChanged(*url);
     if (!byteSize) {
         m_impl->services.log.line("Quillmark: save failed: " + byteSize.error().message);
         return;
     }
+    m_impl->lastFlushAt = m_impl->services.scheduler.now();
     if (const NoteSource* source = tab->note()) {
         store.noteDidSave(source->id, m_impl->currentText, *byteSize);
         if (const Note* note = store.find(source->id))
@@ -130,7 +133,8 @@ void AppState::Impl::announceEncoding(EditorTab& tab)
 
 /// Writes the current text, or queues it, and returns the size of the file as written, which of a queued text
 /// is known when it is: until then it is the least that it can be.
-Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBackground)
+Result<int64_t> AppState::Impl::write(
+    const EditorTab& tab, const Path& url, AllowBackground allowBackground)
 {
     if (const Status allowed = mayReplace(url); !allowed)
         return std::unexpected(allowed.error());
@@ -141,6 +145,7 @@ Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBack
     const WriteRequest request{.target = url,
         .text = currentText,
         .lineEnds = lineEndsOf(app),
+        .outsideVersion = tab.note() ? OutsideVersion::refuse : OutsideVersion::replaceKept,
         .version = journal.version(document.id)};
     if (allowBackground == AllowBackground::yes && isLarge(currentText)) {
         queuedSaves[url.native()]
@@ -152,6 +157,8 @@ Result<int64_t> AppState::Impl::write(const Path& url, AllowBackground allowBack
     const auto written = writeQueue.writeNow(request);
     if (!written)
         return std::unexpected(written.error());
+    if (written->hasReplacedOutsideVersion)
+        app.showNotice(fileChangedNotice);
     journal.saved(document.id, request.version);
     unkept.erase(document.id);
     document.unreadable.reset();

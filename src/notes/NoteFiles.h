@@ -1,0 +1,21 @@
+// The files of the notes folder as the store lists them.
+#pragma once
+
+#include "notes/Note.h"
+
+#include <string>
+#include <vector>
+
+namespace quillmark {
+
+inline constexpr int64_t leadingBytes = 512; ///< of a note that title and preview are taken from
+
+bool isNoteFile(const FolderEntry& entry); ///< not hidden, regular, ".txt" in any case of letters
+
+/// The first bytes of a file as text; empty when it cannot be read. A character that the end cuts is left
+/// out. Any thread.
+std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes);
+
+void sortNewestFirst(std::vector<Note>& notes); ///< stable
+
+} // namespace quillmark

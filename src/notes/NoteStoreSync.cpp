@@ -1,0 +1,93 @@
+// Following what other programs do in the notes folder.
+#include "notes/NoteStore.h"
+
+#include "notes/NoteFiles.h"
+#include "notes/NoteNames.h"
+
+#include <chrono>
+#include <unordered_map>
+
+namespace quillmark {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Duration syncDelay = 400ms; ///< from the last notice of a burst
+constexpr Duration timeTolerance = 1s; ///< a save stamps its record a little later than its file
+
+bool differs(const Note& note, const FileInfo& file)
+{
+    return std::chrono::abs(note.modifiedAt - file.modified) > timeTolerance || note.byteSize != file.size;
+}
+
+} // namespace
+
+void NoteStore::startWatchingFolder()
+{
+    m_folderWatcher = m_services.watching.watchFolder(folderURL.get(), [this] { scheduleSync(); });
+}
+
+void NoteStore::scheduleSync()
+{
+    m_syncTask = m_services.scheduler.after(syncDelay, [this] { syncWithDisk(); });
+}
+
+void NoteStore::syncWithDisk()
+{
+    m_syncTask.cancel();
+    const auto entries = m_services.files.list(folderURL.get());
+    std::unordered_map<std::string_view, const FileInfo*> files; ///< by name; empty when there is no folder
+    if (entries) {
+        for (const FolderEntry& entry : *entries) {
+            if (isNoteFile(entry))
+                files.emplace(entry.name, &entry.info);
+        }
+    }
+
+    Notes kept;
+    kept.reserve(files.size());
+    std::vector<Uuid> changedIDs;
+    std::vector<Uuid> removedIDs;
+    for (const Note& note : notes.get()) {
+        auto file = files.extract(note.url.filename().native());
+        if (file.empty() && isOnItsWay(note))
+            kept.push_back(note);
+        else if (file.empty())
+            removedIDs.push_back(note.id);
+        else if (bringUpToDate(kept.emplace_back(note), *file.mapped()))
+            changedIDs.push_back(note.id);
+    }
+    if (entries) {
+        for (const FolderEntry& entry : *entries) {
+            if (files.contains(entry.name))
+                kept.push_back(record(entry));
+        }
+    }
+    sortNewestFirst(kept);
+    notes.set(std::move(kept));
+    if (onExternalChanges && !(changedIDs.empty() && removedIDs.empty()))
+        onExternalChanges(changedIDs, removedIDs);
+}
+
+/// Whether a note without a file is about to get one: its text is queued, or its first save has yet to come.
+bool NoteStore::isOnItsWay(const Note& note) const
+{
+    return m_services.writeQueue.pendingText(note.url).has_value() || m_unmade.contains(note.id);
+}
+
+/// True when another program has changed the file. A save of our own, finished or queued, is not one.
+bool NoteStore::bringUpToDate(Note& note, const FileInfo& file)
+{
+    if (!differs(note, file) || m_services.writeQueue.pendingText(note.url))
+        return false;
+    note.modifiedAt = file.modified;
+    note.byteSize = file.size;
+    if (m_services.known.stateOf(m_services.files, note.url, file) == KnownFiles::State::asKnown)
+        return false;
+    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url, leadingBytes));
+    note.title = std::move(title);
+    note.preview = std::move(preview);
+    return true;
+}
+
+} // namespace quillmark

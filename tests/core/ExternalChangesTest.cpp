@@ -1,0 +1,301 @@
+#include "AppTest.h"
+
+namespace quillmark::test {
+namespace {
+
+constexpr auto gone = "Файл удалён или перемещён — текст в памяти, сохранится при следующей правке";
+constexpr auto changed = "Файл изменён снаружи — ваша версия будет сохранена поверх";
+constexpr auto noteGone = "Файл заметки удалён снаружи";
+
+struct ExternalChangesTest : AppTest {
+    /// The other program's work is over and has been heard of.
+    void hear(Duration later = 400ms)
+    {
+        watching.deliver();
+        scheduler.advance(later);
+        scheduler.settle();
+    }
+    void theyWrite(const Path& file, std::string_view bytes)
+    {
+        disk.erase(file); // as renaming over it does: another inode
+        disk.putFile(file, bytes);
+    }
+    std::string noticeShown() const { return app->notice->value_or(""); }
+    Strings conflictCopies() const
+    {
+        Strings texts;
+        for (const std::string& name : disk.names(notes)) {
+            if (name.find("(conflict ") != std::string::npos)
+                texts.push_back(*noteText(name));
+        }
+        return texts;
+    }
+};
+
+// ---- Files
+
+struct OpenFile : ExternalChangesTest {
+    OpenFile()
+    {
+        disk.putFile("/d/a", "old");
+        start();
+        open("/d/a");
+        scheduler.advance(2s);
+    }
+};
+
+TEST_F(OpenFile, OurOwnSaveIsNoChangeHoweverSlowTheDisk)
+{
+    const int64_t generation = app->loadGeneration.get();
+    type("mine ");
+    scheduler.advance(800ms);
+    hear();
+    hear(10s);
+    pasteLarge();
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.path.native().starts_with("/d"))
+            scheduler.advance(5s);
+        watching.deliver();
+    });
+    scheduler.advance(800ms);
+    scheduler.settle();
+    hear(10s);
+    EXPECT_EQ(disk.bytes("/d/a"), shown());
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_EQ(kept(), Strings{});
+}
+
+TEST_F(OpenFile, ANewVersionIsShownUnlessItIsTheSame)
+{
+    theyWrite("/d/a", "new");
+    hear(399ms);
+    EXPECT_EQ(shown(), "old");
+    hear(1ms);
+    EXPECT_EQ(shown(), "new");
+    const int64_t generation = app->loadGeneration.get();
+    theyWrite("/d/a", "new"); // touched, or written by a tool that writes whatever it has
+    hear();
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+    EXPECT_EQ(noticeShown(), "");
+}
+
+TEST_F(OpenFile, UnsavedWordsWinAndTheOtherVersionIsKept)
+{
+    theyWrite("/d/a", "theirs");
+    type("mine ");
+    hear();
+    EXPECT_EQ(noticeShown(), changed);
+    EXPECT_EQ(shown(), "mine old");
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(kept(), Strings{"theirs"});
+    hear(10s);
+    EXPECT_EQ(shown(), "mine old");
+}
+
+TEST_F(OpenFile, AChangeThatNobodyAnnouncedIsFoundBeforeTheSave)
+{
+    type("mine ");
+    theyWrite("/d/a", "theirs"); // no notice of it
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(noticeShown(), changed);
+    EXPECT_EQ(kept(), Strings{"theirs"});
+}
+
+TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
+{
+    type("mine ");
+    scheduler.advance(800ms);
+    disk.putFile("/d/a", "theirs");
+    hear();
+    EXPECT_EQ(shown(), "mine old");
+    hear(1200ms);
+    EXPECT_EQ(shown(), "theirs");
+}
+
+TEST_F(OpenFile, ADeletedFileLeavesTheTextAndIsMadeAgain)
+{
+    scheduler.advance(2s);
+    disk.erase("/d/a");
+    hear();
+    EXPECT_EQ(noticeShown(), gone);
+    EXPECT_EQ(shown(), "old");
+    EXPECT_TRUE(app->activeTab()->isDirty.get());
+    hear(1h);
+    EXPECT_FALSE(disk.bytes("/d/a")) << "not before the next edit";
+    type("more ");
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "more old");
+
+    theyWrite("/d/a", "back");
+    hear(2s);
+    EXPECT_EQ(shown(), "back") << "still watched";
+}
+
+TEST_F(OpenFile, ACheckAfterATabSwitchConcernsTheTabThatIsShown)
+{
+    disk.putFile("/d/b", "B");
+    theyWrite("/d/a", "theirs");
+    watching.deliver();
+    open("/d/b");
+    const int64_t generation = app->loadGeneration.get();
+    hear();
+    EXPECT_EQ(shown(), "B");
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+}
+
+TEST_F(OpenFile, AClockThatJumpsChangesNothing)
+{
+    type("mine ");
+    scheduler.advance(800ms);
+    scheduler.setWall(scheduler.wallNow() - 24h);
+    hear(10s);
+    disk.putFile("/d/a", "theirs, stamped with yesterday");
+    hear();
+    EXPECT_EQ(shown(), "theirs, stamped with yesterday");
+    type("x");
+    scheduler.advance(800ms);
+    EXPECT_EQ(kept(), Strings{});
+}
+
+// ---- Notes
+
+struct OpenNote : ExternalChangesTest {
+    OpenNote()
+    {
+        putNote("a.txt", "a");
+        putNote("b.txt", "b");
+        scheduler.advance(1min);
+        putNote("plan.txt", "plan");
+        start();
+        scheduler.advance(10s);
+    }
+};
+
+TEST_F(OpenNote, ASyncedVersionIsShownAndUnsavedWordsBecomeANoteOfTheirOwnOnce)
+{
+    theyWrite(note("plan.txt"), "plan: synced");
+    hear();
+    EXPECT_EQ(shown(), "plan: synced");
+    EXPECT_EQ(app->activeTab()->title.get(), "plan: synced");
+
+    type("my ");
+    theyWrite(note("plan.txt"), "plan: synced again");
+    type("own ");
+    hear();
+    EXPECT_EQ(shown(), "plan: synced again");
+    EXPECT_EQ(conflictCopies(), Strings{"my own plan: synced"});
+    const std::string copy = app->store.notes->front().url.stem();
+    EXPECT_EQ(noticeShown(), "Заметка изменена снаружи — ваша версия сохранена как «" + copy + "»");
+    hear(1h);
+    EXPECT_EQ(conflictCopies().size(), 1u);
+    EXPECT_EQ(
+        noteText("plan.txt").value_or(noteText("plan synced again.txt").value_or("")), "plan: synced again");
+}
+
+TEST_F(OpenNote, AConflictThatNobodyAnnouncedIsHandledAsAnAnnouncedOne)
+{
+    type("my ");
+    theyWrite(note("plan.txt"), "theirs");
+    scheduler.advance(800ms);
+    EXPECT_EQ(shown(), "theirs");
+    EXPECT_EQ(noteText("plan.txt"), "theirs");
+    EXPECT_EQ(conflictCopies(), Strings{"my plan"});
+    hear(1h);
+    EXPECT_EQ(conflictCopies().size(), 1u);
+    EXPECT_EQ(kept(), Strings{}) << "nothing was given up";
+}
+
+TEST_F(OpenNote, AQueuedTextMeetsAnotherVersion)
+{
+    type("first\n");
+    pasteLarge();
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation != DiskOperation::sync
+            || call.path.native().find("Notes/.lq") == std::string::npos)
+            return;
+        disk.setHook(nullptr);
+        disk.putFile(note("plan.txt"), "theirs");
+    });
+    scheduler.advance(800ms);
+    scheduler.settle();
+    hear(1min);
+    EXPECT_EQ(shown(), "theirs");
+    ASSERT_EQ(conflictCopies().size(), 1u);
+    EXPECT_TRUE(conflictCopies().front().ends_with("plan"));
+    EXPECT_TRUE(conflictCopies().front().starts_with("first\n"));
+}
+
+TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)
+{
+    type("my ");
+    theyWrite(note("plan.txt"), "theirs");
+    disk.failAlways(DiskOperation::renameNoReplace, ENOSPC, notes);
+    hear();
+    EXPECT_EQ(shown(), "theirs");
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_EQ(kept(), Strings{"my plan"});
+}
+
+TEST_F(OpenNote, ADeletedNoteClosesItsTabAndItsWordsAreKept)
+{
+    app->openNote(app->store.notes->at(1).id);
+    app->openNote(app->store.notes->at(2).id);
+    select(0);
+    type("unsaved ");
+    disk.erase(note("plan.txt"));
+    disk.erase(note(app->store.notes->at(1).url.filename()));
+    hear();
+    EXPECT_EQ(app->tabs->size(), 1u) << "the other deleted one went without a word";
+    EXPECT_EQ(noticeShown(), noteGone);
+    EXPECT_EQ(kept(), Strings{"unsaved plan"});
+    hear(1h);
+    EXPECT_EQ(noteNames().size(), 1u) << "nothing brings a deleted file back";
+}
+
+TEST_F(OpenNote, AFolderThatVanishesAndReturns)
+{
+    type("unsaved ");
+    disk.move(notes, "/elsewhere");
+    hear();
+    EXPECT_EQ(kept(), Strings{"unsaved plan"});
+    EXPECT_EQ(titles(), Strings{"Untitled"});
+    disk.erase(notes); // what the fresh note has made
+    disk.move("/elsewhere", notes);
+    hear();
+    EXPECT_EQ(app->store.notes->size(), 4u) << "the three, and the new one, whose file was never made";
+}
+
+TEST_F(OpenNote, ANewNoteWhoseFileCouldNotBeMadeIsNotTakenForADeletedOne)
+{
+    disk.failAlways(DiskOperation::createNew, ENOSPC, notes);
+    app->newNote();
+    type("words");
+    scheduler.advance(1s);
+    putNote("other.txt", "something happens in the folder");
+    hear();
+    EXPECT_EQ(shown(), "words");
+    disk.heal();
+    type(", more");
+    scheduler.advance(800ms);
+    EXPECT_EQ(noteText("Untitled.txt"), "words, more");
+}
+
+TEST_F(OpenNote, ADocumentThatNobodyEditedIsNeverWritten)
+{
+    disk.clearCalls();
+    theyWrite(note("plan.txt"), "theirs");
+    select(0);
+    app->openNote(app->store.notes->at(2).id);
+    scheduler.advance(1h);
+    select(0);
+    quit();
+    EXPECT_EQ(noteText("plan.txt"), "theirs");
+    for (const auto& call : disk.calls())
+        EXPECT_FALSE(call.operation == DiskOperation::write && call.path.native().starts_with(notes));
+}
+
+} // namespace
+} // namespace quillmark::test
