@@ -64,6 +64,7 @@ void NoteStore::useFolder(const Path& folder)
     m_renameTasks.clear();
     m_syncTask.cancel();
     m_unmade.clear();
+    clearSearch();
     (void)m_services.files.makeFolders(folder);
     folderURL.set(folder);
     reloadNotes();

@@ -14,6 +14,7 @@
 #include "platform/Log.h"
 #include "platform/Trash.h"
 #include "platform/UserDefaults.h"
+#include "text/SearchKey.h"
 
 #include <optional>
 #include <string_view>
@@ -57,6 +58,14 @@ public:
     void resetNotesFolder(); ///< back to the default folder
     void reloadNotes(); ///< lists the folder from scratch; every record gets a new id
 
+    // Search.
+    Observable<std::string> searchQuery; ///< as typed
+    Observable<std::unordered_set<Uuid>> contentMatchIDs; ///< notes whose files contain the query
+    /// The notes whose title, preview or file contains the query, in the order of `notes`. Files are searched
+    /// in the background, 0.2 s after the last call; titles and previews match at once.
+    void updateSearchQuery(std::string_view text);
+    Notes filteredNotes() const;
+
     // Other programs in the folder.
     /// Hears the ids of notes whose files changed on disk and of those whose files are gone. A file that has
     /// been renamed is gone, and new under a new id.
@@ -95,6 +104,8 @@ private:
     Path resolveFolder();
     void useFolder(const Path& folder);
     Note record(const FolderEntry& entry) const;
+    void clearSearch();
+    void startContentSearch();
     void startWatchingFolder();
     bool isOnItsWay(const Note& note) const;
     bool bringUpToDate(Note& note, const FileInfo& file);
@@ -105,6 +116,9 @@ private:
     void update(const Note& note);
 
     NoteStoreServices m_services;
+    SearchKey m_searchKey{u""};
+    Task m_searchDelay;
+    std::vector<Task> m_searchTasks; ///< one for each part of the notes
     std::unique_ptr<FSWatcher> m_folderWatcher;
     Task m_syncTask;
     std::unordered_set<Uuid> m_unmade; ///< new notes whose files could not be made yet

@@ -1,0 +1,25 @@
+// Searching the notes' files for a text.
+#pragma once
+
+#include "base/Scheduler.h"
+#include "base/Uuid.h"
+#include "platform/FileSystem.h"
+#include "text/SearchKey.h"
+
+#include <span>
+#include <vector>
+
+namespace quillmark {
+
+/// A note to look into.
+struct SearchCandidate {
+    Uuid id;
+    Path url;
+};
+
+/// The ids of those whose files contain the query. Files that cannot be read or are larger than 2,000,000
+/// bytes count as not matching. Looks at `cancel` before each file, and then returns what it has. Any thread.
+std::vector<Uuid> searchContents(FileSystem& files, const SearchKey& query,
+    std::span<const SearchCandidate> candidates, const CancelToken& cancel);
+
+} // namespace quillmark

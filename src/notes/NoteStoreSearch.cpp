@@ -1,0 +1,80 @@
+// The query of the sidebar's field and the notes that match it.
+#include "notes/NoteStore.h"
+
+#include "notes/NoteSearch.h"
+#include "text/Unicode.h"
+
+#include <algorithm>
+#include <memory>
+#include <thread>
+
+namespace quillmark {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr Duration searchDelay = 200ms; ///< from the last key
+constexpr size_t mostParts = 4; ///< that are searched side by side
+
+/// What the parts of a search have found so far.
+struct Found {
+    size_t partsLeft = 0;
+    std::unordered_set<Uuid> ids;
+};
+
+} // namespace
+
+NoteStore::Notes NoteStore::filteredNotes() const
+{
+    if (m_searchKey.isEmpty())
+        return notes.get();
+    Notes result;
+    std::ranges::copy_if(notes.get(), std::back_inserter(result), [&](const Note& note) {
+        return m_searchKey.isFoundInUtf8(note.title) || m_searchKey.isFoundInUtf8(note.preview)
+            || contentMatchIDs->contains(note.id);
+    });
+    return result;
+}
+
+void NoteStore::updateSearchQuery(std::string_view text)
+{
+    m_searchDelay.cancel();
+    m_searchTasks.clear();
+    m_searchKey = SearchKey(utf16(text));
+    contentMatchIDs.set({});
+    searchQuery.set(std::string(text));
+    if (!m_searchKey.isEmpty())
+        m_searchDelay = m_services.scheduler.after(searchDelay, [this] { startContentSearch(); });
+}
+
+void NoteStore::clearSearch()
+{
+    updateSearchQuery("");
+}
+
+void NoteStore::startContentSearch()
+{
+    std::vector<SearchCandidate> candidates;
+    candidates.reserve(notes->size());
+    for (const Note& note : notes.get())
+        candidates.push_back({note.id, note.url});
+    const auto all = std::make_shared<const std::vector<SearchCandidate>>(std::move(candidates));
+    const size_t parts = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, mostParts);
+    const auto found = std::make_shared<Found>(Found{.partsLeft = parts, .ids = {}});
+    for (size_t part = 0; part < parts; ++part) {
+        const size_t first = all->size() * part / parts;
+        const size_t count = all->size() * (part + 1) / parts - first;
+        m_searchTasks.push_back(m_services.scheduler.background(
+            Priority::userInitiated,
+            [&files = m_services.files, key = m_searchKey, all, first, count](const CancelToken& cancel) {
+                return searchContents(files, key, std::span(*all).subspan(first, count), cancel);
+            },
+            [this, found](const std::vector<Uuid>& ids) {
+                found->ids.insert(ids.begin(), ids.end());
+                if (--found->partsLeft == 0)
+                    contentMatchIDs.set(std::move(found->ids));
+            }));
+    }
+}
+
+} // namespace quillmark
