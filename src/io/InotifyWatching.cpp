@@ -60,15 +60,15 @@ public:
         return std::ranges::any_of(m_places, [](const Place& place) { return place.watch < 0; });
     }
 
-    bool hears(const inotify_event& event, std::string_view name) const
+    bool hears(int watch, uint32_t mask, std::string_view name) const
     {
         return std::ranges::any_of(m_places, [&](const Place& place) {
-            if (place.watch != event.wd)
+            if (place.watch != watch)
                 return false;
-            if (event.mask & endEvents)
+            if (mask & endEvents)
                 return true;
             if (place.name.empty())
-                return (event.mask & entryEvents) != 0;
+                return (mask & entryEvents) != 0;
             return place.name == name;
         });
     }
@@ -178,14 +178,12 @@ void InotifyWatching::read()
         for (size_t offset = 0; offset < static_cast<size_t>(count);) {
             inotify_event event;
             std::memcpy(&event, buffer.data() + offset, sizeof event);
-            const char* const name = buffer.data() + offset + sizeof event; // padded with zeros, or absent
+            const char* const padded = buffer.data() + offset + sizeof event; // with zeros
+            const auto name = event.len > 0 ? std::string_view(padded) : std::string_view();
             offset += sizeof event + event.len;
-            if (event.mask & IN_Q_OVERFLOW)
-                hear([](const Watcher&) { return true; });
-            else
-                hear([&](const Watcher& watcher) {
-                    return watcher.hears(event, event.len > 0 ? std::string_view(name) : std::string_view());
-                });
+            hear([watch = event.wd, mask = event.mask, name](const Watcher& watcher) {
+                return (mask & IN_Q_OVERFLOW) || watcher.hears(watch, mask, name);
+            });
         }
     }
     tell(heard);
