@@ -15,10 +15,12 @@
 #include "notes/NoteStore.h"
 #include "platform/Appearance.h"
 #include "platform/UserDefaults.h"
+#include "text/TextStatistics.h"
 
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quillmark {
@@ -77,6 +79,10 @@ public:
     Observable<int64_t> cursorColumn{1}; ///< 1-based, in units
     Observable<int64_t> loadGeneration{0}; ///< grows when the editor must take `currentText`
     Observable<bool> isLoading{false};
+    Observable<TextStats> stats; ///< of the active text, a moment old
+    Observable<std::vector<float>> minimapSamples; ///< of the same text
+    Observable<bool> showInvisibles{false};
+    Observable<bool> goToLineVisible{false}; ///< the field for a line number is shown
     Observable<std::optional<std::string>> notice;
 
     // The active document.
@@ -106,6 +112,25 @@ public:
     enum class AllowBackground { no, yes };
     /// Writes the active document when it is dirty. On failure it stays dirty and the next flush tries again.
     void flushSave(AllowBackground allowBackground);
+
+    // The document as a whole.
+    void setLineEndings(std::string_view value); ///< "LF" or "CRLF"; the file is written anew
+    void setLanguageOverride(Language language); ///< stays with the tab
+    void goToLine(int64_t line); ///< 1-based; the last line where there are fewer
+    /// What the save panel starts with.
+    struct SaveSuggestion {
+        Path folder;
+        std::string name; ///< UTF-8, with the extension
+        std::string extension; ///< without the dot
+    };
+    std::optional<SaveSuggestion> saveSuggestion() const; ///< nothing without a document
+    void saveAs(const Path& path); ///< writes the text there; the tab shows the new file from then on
+    enum class Immediate { no, yes };
+    void scheduleStats(Immediate immediate); ///< counts in the background, else 0.3 s after the last call
+
+    // The notes folder.
+    void chooseNotesFolder(const Path& folder);
+    void reloadNotesFolder(); ///< after it changed: its newest note in front of the file tabs
 
     // Session, notices, appearance.
     void saveSession();

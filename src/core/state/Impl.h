@@ -60,7 +60,13 @@ struct AppState::Impl {
     void keepBytesThenSave(const Path& url);
     Result<int64_t> write(const EditorTab& tab, const Path& url, AllowBackground allowBackground);
     Status mayReplace(const Path& url);
+    LineEnds lineEnds() const;
     void announceEncoding(EditorTab& tab);
+
+    // The document as a whole.
+    void countNow();
+    Status writeUnder(const Path& url);
+    void adoptSavedAsFile(const Path& url, EditorTab& tab);
 
     // Other programs.
     void watchActiveFile(const EditorTab& tab);
@@ -103,6 +109,7 @@ struct AppState::Impl {
 
     Task saveTask;
     Task loadTask;
+    Task statsTask;
     Task noticeTask;
     std::vector<Connection> connections;
 };
@@ -111,6 +118,9 @@ inline constexpr const char* fileChangedNotice = "Файл изменён сна
 
 /// Whether an error says that there is no file, rather than that it cannot be read.
 bool saysMissing(const Error& error);
+
+/// Absolute, without "." and "..", and without a slash at the end.
+Path standardised(const Path& path);
 
 /// A file's name for the user; bytes that are not UTF-8 show as U+FFFD.
 std::string displayName(const Path& url);

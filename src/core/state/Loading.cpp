@@ -100,6 +100,7 @@ void AppState::Impl::applyLoadedDocument(TextFileReader::Result result)
     app.cursorColumn.set(1);
     replaceText(std::move(result.text));
     detectLanguageFromContent();
+    app.scheduleStats(AppState::Immediate::yes);
 }
 
 /// Gives the editor another text. Taking a large one apart takes time, so the old one dies on another thread.

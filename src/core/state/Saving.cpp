@@ -9,11 +9,6 @@ using namespace std::chrono_literals;
 
 constexpr Duration saveDelay = 800ms;
 
-LineEnds lineEndsOf(const AppState& app)
-{
-    return app.lineEndings.get() == "CRLF" ? LineEnds::crlf : LineEnds::lf;
-}
-
 constexpr bool isSurrogate(char16_t unit)
 {
     return unit >= 0xD800 && unit < 0xE000;
@@ -68,6 +63,7 @@ void AppState::textDidChange()
     tab->isDirty.set(true);
     m_impl->journal.textChanged(m_impl->document.id);
     m_impl->scheduleSave();
+    scheduleStats(Immediate::no);
 }
 
 void AppState::Impl::scheduleSave()
@@ -144,7 +140,7 @@ Result<int64_t> AppState::Impl::write(
 
     const WriteRequest request{.target = url,
         .text = currentText,
-        .lineEnds = lineEndsOf(app),
+        .lineEnds = lineEnds(),
         .outsideVersion = tab.note() ? OutsideVersion::refuse : OutsideVersion::replaceKept,
         .version = journal.version(document.id)};
     if (allowBackground == AllowBackground::yes && isLarge(currentText)) {
@@ -163,6 +159,11 @@ Result<int64_t> AppState::Impl::write(
     unkept.erase(document.id);
     document.unreadable.reset();
     return written->bytes;
+}
+
+LineEnds AppState::Impl::lineEnds() const
+{
+    return app.lineEndings.get() == "CRLF" ? LineEnds::crlf : LineEnds::lf;
 }
 
 Status AppState::Impl::mayReplace(const Path& url)

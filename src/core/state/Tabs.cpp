@@ -8,16 +8,6 @@
 namespace quillmark {
 namespace {
 
-/// Absolute, without "." and "..", and without a slash at the end.
-Path standardised(const Path& path)
-{
-    std::error_code error;
-    Path result = std::filesystem::absolute(path, error).lexically_normal();
-    if (!result.has_filename() && result.has_relative_path())
-        result = result.parent_path();
-    return result;
-}
-
 bool isBlank(const Rope& text)
 {
     bool blank = true;
@@ -39,6 +29,15 @@ size_t indexOf(const AppState::Tabs& tabs, const Uuid& id)
 }
 
 } // namespace
+
+Path standardised(const Path& path)
+{
+    std::error_code error;
+    Path result = std::filesystem::absolute(path, error).lexically_normal();
+    if (!result.has_filename() && result.has_relative_path())
+        result = result.parent_path();
+    return result;
+}
 
 std::string displayName(const Path& url)
 {
