@@ -1,11 +1,16 @@
 #include "notes/NoteFiles.h"
 
 #include "io/ReadFile.h"
+#include "notes/NoteNames.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace quillmark {
 namespace {
+
+constexpr size_t manyFiles = 256; ///< from here on threads are worth their start
+constexpr size_t mostThreads = 4;
 
 /// Without the beginning of a UTF-8 sequence whose rest lies behind the end.
 std::string_view withoutCutCharacter(std::string_view bytes)
@@ -21,6 +26,18 @@ std::string_view withoutCutCharacter(std::string_view bytes)
         return n < wanted ? bytes.substr(0, bytes.size() - n) : bytes;
     }
     return bytes;
+}
+
+Note makeRecord(FileSystem& files, const Path& folder, const FolderEntry& entry)
+{
+    Path url = folder / entry.name;
+    auto [title, preview] = titleAndPreview(readLeadingText(files, url, leadingBytes));
+    return {.id = Uuid::random(),
+        .url = std::move(url),
+        .title = std::move(title),
+        .preview = std::move(preview),
+        .modifiedAt = entry.info.modified,
+        .byteSize = entry.info.size};
 }
 
 } // namespace
@@ -44,6 +61,26 @@ std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxB
     if (static_cast<int64_t>(bytes.size()) == maxBytes)
         bytes = withoutCutCharacter(bytes);
     return TextFileReader::decode(bytes).text.text();
+}
+
+std::vector<Note> makeRecords(
+    FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries)
+{
+    std::vector<Note> records(entries.size());
+    const auto make = [&](size_t part, size_t parts) {
+        const size_t end = entries.size() * (part + 1) / parts;
+        for (size_t i = entries.size() * part / parts; i < end; ++i)
+            records[i] = makeRecord(files, folder, *entries[i]);
+    };
+    const size_t parts = entries.size() < manyFiles
+        ? 1
+        : std::clamp<size_t>(std::thread::hardware_concurrency(), 1, mostThreads);
+    std::vector<std::jthread> threads;
+    for (size_t part = 1; part < parts; ++part)
+        threads.emplace_back(make, part, parts);
+    make(0, parts);
+    threads.clear(); // waits for them
+    return records;
 }
 
 void sortNewestFirst(std::vector<Note>& notes)

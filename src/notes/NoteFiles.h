@@ -16,6 +16,11 @@ bool isNoteFile(const FolderEntry& entry); ///< not hidden, regular, ".txt" in a
 /// out. Any thread.
 std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes);
 
+/// New records of files in a folder, in their order. Reads the files' beginnings, those of many on several
+/// threads.
+std::vector<Note> makeRecords(
+    FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries);
+
 void sortNewestFirst(std::vector<Note>& notes); ///< stable
 
 } // namespace quillmark

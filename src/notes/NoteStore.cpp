@@ -90,28 +90,18 @@ void NoteStore::resetNotesFolder()
 
 void NoteStore::reloadNotes()
 {
-    Notes listed;
-    if (const auto entries = m_services.files.list(folderURL.get())) {
+    std::vector<const FolderEntry*> noteFiles;
+    const auto entries = m_services.files.list(folderURL.get());
+    if (entries) {
         removeStaleTemporaries(m_services.files, folderURL.get(), *entries);
         for (const FolderEntry& entry : *entries) {
             if (isNoteFile(entry))
-                listed.push_back(record(entry));
+                noteFiles.push_back(&entry);
         }
     }
+    Notes listed = makeRecords(m_services.files, folderURL.get(), noteFiles);
     sortNewestFirst(listed);
     notes.set(std::move(listed));
-}
-
-Note NoteStore::record(const FolderEntry& entry) const
-{
-    Path url = folderURL.get() / entry.name;
-    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, url, leadingBytes));
-    return {.id = Uuid::random(),
-        .url = std::move(url),
-        .title = std::move(title),
-        .preview = std::move(preview),
-        .modifiedAt = entry.info.modified,
-        .byteSize = entry.info.size};
 }
 
 // ---- Records

@@ -103,7 +103,6 @@ public:
 private:
     Path resolveFolder();
     void useFolder(const Path& folder);
-    Note record(const FolderEntry& entry) const;
     void clearSearch();
     void startContentSearch();
     void startWatchingFolder();

@@ -4,6 +4,7 @@
 #include "notes/NoteFiles.h"
 #include "notes/NoteNames.h"
 
+#include <algorithm>
 #include <chrono>
 #include <unordered_map>
 
@@ -14,6 +15,8 @@ using namespace std::chrono_literals;
 
 constexpr Duration syncDelay = 400ms; ///< from the last notice of a burst
 constexpr Duration timeTolerance = 1s; ///< a save stamps its record a little later than its file
+
+using Files = std::unordered_map<std::string_view, const FolderEntry*>; ///< by name
 
 bool differs(const Note& note, const FileInfo& file)
 {
@@ -36,11 +39,11 @@ void NoteStore::syncWithDisk()
 {
     m_syncTask.cancel();
     const auto entries = m_services.files.list(folderURL.get());
-    std::unordered_map<std::string_view, const FileInfo*> files; ///< by name; empty when there is no folder
+    Files files; ///< empty when there is no folder
     if (entries) {
         for (const FolderEntry& entry : *entries) {
             if (isNoteFile(entry))
-                files.emplace(entry.name, &entry.info);
+                files.emplace(entry.name, &entry);
         }
     }
 
@@ -54,15 +57,13 @@ void NoteStore::syncWithDisk()
             kept.push_back(note);
         else if (file.empty())
             removedIDs.push_back(note.id);
-        else if (bringUpToDate(kept.emplace_back(note), *file.mapped()))
+        else if (bringUpToDate(kept.emplace_back(note), file.mapped()->info))
             changedIDs.push_back(note.id);
     }
-    if (entries) {
-        for (const FolderEntry& entry : *entries) {
-            if (files.contains(entry.name))
-                kept.push_back(record(entry));
-        }
-    }
+    std::vector<const FolderEntry*> newFiles;
+    for (const auto& [name, entry] : files)
+        newFiles.push_back(entry);
+    std::ranges::move(makeRecords(m_services.files, folderURL.get(), newFiles), std::back_inserter(kept));
     sortNewestFirst(kept);
     notes.set(std::move(kept));
     if (onExternalChanges && !(changedIDs.empty() && removedIDs.empty()))
