@@ -129,8 +129,7 @@ void AppState::Impl::announceEncoding(EditorTab& tab)
 
 /// Writes the current text, or queues it, and returns the size of the file as written, which of a queued text
 /// is known when it is: until then it is the least that it can be.
-Result<int64_t> AppState::Impl::write(
-    const EditorTab& tab, const Path& url, AllowBackground allowBackground)
+Result<int64_t> AppState::Impl::write(const EditorTab& tab, const Path& url, AllowBackground allowBackground)
 {
     if (const Status allowed = mayReplace(url); !allowed)
         return std::unexpected(allowed.error());
