@@ -35,6 +35,9 @@ constexpr std::array namedKeys = {
     NamedKey{"ctrl", 0xFFE3},
     NamedKey{"shift", 0xFFE1},
     NamedKey{"alt", 0xFFE9},
+    NamedKey{"altgr", 0xFFEA},
+    NamedKey{"menu", 0xFF67},
+    NamedKey{"space", 0x20},
     NamedKey{"Return", 0xFF0D},
     NamedKey{"BackSpace", 0xFF08},
     NamedKey{"Delete", 0xFFFF},
@@ -190,11 +193,34 @@ void XServer::type(std::string_view ascii)
 
 void XServer::click(int x, int y, uint8_t button)
 {
+    pressButton(x, y, button);
+    releaseButton(button);
+}
+
+void XServer::pressButton(int x, int y, uint8_t button)
+{
+    moveTo(x, y);
+    xcb_test_fake_input(m_connection, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, m_screen->root, 0, 0, 0);
+    xcb_flush(m_connection);
+}
+
+void XServer::moveTo(int x, int y)
+{
     xcb_test_fake_input(m_connection, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_screen->root,
         static_cast<int16_t>(x), static_cast<int16_t>(y), 0);
-    xcb_test_fake_input(m_connection, XCB_BUTTON_PRESS, button, XCB_CURRENT_TIME, m_screen->root, 0, 0, 0);
+    xcb_flush(m_connection);
+}
+
+void XServer::releaseButton(uint8_t button)
+{
     xcb_test_fake_input(m_connection, XCB_BUTTON_RELEASE, button, XCB_CURRENT_TIME, m_screen->root, 0, 0, 0);
     xcb_flush(m_connection);
+}
+
+void XServer::hold(std::string_view key, bool down)
+{
+    bool ignored = false;
+    press(keycodeOf(keysymOf(key), ignored), down);
 }
 
 int XServer::mappedWindows()

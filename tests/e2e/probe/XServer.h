@@ -30,6 +30,10 @@ public:
     void key(std::string_view combination);
     void type(std::string_view ascii); ///< printable ASCII, LF as Return
     void click(int x, int y, uint8_t button = 1);
+    void pressButton(int x, int y, uint8_t button = 1);
+    void moveTo(int x, int y); ///< with whatever is held
+    void releaseButton(uint8_t button = 1);
+    void hold(std::string_view key, bool down); ///< a key alone, such as "ctrl"
 
     /// Until a top-level window of some size is mapped and, where there is a window manager, has the
     /// keyboard.
