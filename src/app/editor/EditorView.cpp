@@ -230,8 +230,8 @@ void EditorView::drawUnderlines(QPainter& painter, const FrameRow& row, const QR
     const QFontMetricsF metrics(m_shaper.font());
     const double pixel = 1 / painter.deviceTransform().m11();
     const double thin = std::max(pixel, std::round(metrics.lineWidth() / pixel) * pixel);
-    const double top
-        = place.top() + m_shaper.metrics().baseline + std::max(metrics.underlinePos(), 2 * pixel);
+    // Below the descenders: characters that are still being chosen should be easy to read.
+    const double top = place.top() + m_shaper.metrics().baseline + metrics.descent();
     const auto& shaped = static_cast<const QtShapedText&>(*row.shaped);
     for (const Composition::Clause& clause : row.clauses) {
         const double thickness = clause.isHighlighted ? 2 * thin : thin;
