@@ -93,6 +93,8 @@ QIcon Style::standardIcon(StandardPixmap icon, const QStyleOption* option, const
         return symbolIcon("house");
     case SP_FileIcon:
         return symbolIcon("doc");
+    case SP_LineEditClearButton:
+        return symbolIcon("xmark.circle.fill");
     case SP_ComputerIcon:
     case SP_DriveHDIcon:
         return symbolIcon("desktopcomputer");

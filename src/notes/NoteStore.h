@@ -65,6 +65,7 @@ public:
     /// in the background, 0.2 s after the last call; titles and previews match at once.
     void updateSearchQuery(std::string_view text);
     Notes filteredNotes() const;
+    bool matchesSearch(const Note& note) const; ///< is among them
 
     // Other programs in the folder.
     /// Hears the ids of notes whose files changed on disk and of those whose files are gone. A file that has

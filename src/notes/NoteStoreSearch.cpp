@@ -29,11 +29,15 @@ NoteStore::Notes NoteStore::filteredNotes() const
     if (m_searchKey.isEmpty())
         return notes.get();
     Notes result;
-    std::ranges::copy_if(notes.get(), std::back_inserter(result), [&](const Note& note) {
-        return m_searchKey.isFoundInUtf8(note.title) || m_searchKey.isFoundInUtf8(note.preview)
-            || contentMatchIDs->contains(note.id);
-    });
+    std::ranges::copy_if(
+        notes.get(), std::back_inserter(result), [&](const Note& note) { return matchesSearch(note); });
     return result;
+}
+
+bool NoteStore::matchesSearch(const Note& note) const
+{
+    return m_searchKey.isEmpty() || m_searchKey.isFoundInUtf8(note.title)
+        || m_searchKey.isFoundInUtf8(note.preview) || contentMatchIDs->contains(note.id);
 }
 
 void NoteStore::updateSearchQuery(std::string_view text)

@@ -91,6 +91,14 @@ void TestWindow::type(const char* keys)
     settle();
 }
 
+void TestWindow::typeText(const QString& text)
+{
+    for (const QChar character : text)
+        QTest::sendKeyEvent(QTest::Click, m_view->windowHandle(), Qt::Key(character.toUpper().unicode()),
+            QString(character), Qt::NoModifier);
+    settle();
+}
+
 void TestWindow::key(Qt::Key key, Qt::KeyboardModifiers modifiers)
 {
     QTest::keyClick(m_view->windowHandle(), key, modifiers);

@@ -44,6 +44,7 @@ public:
     static std::string contents(const Path& file);
 
     void type(const char* keys); ///< ASCII, into whatever has the focus
+    void typeText(const QString& text); ///< the same in any script
     void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     template <class Widget> Widget* find(const QString& accessibleName = {}) ///< the first visible one
     {

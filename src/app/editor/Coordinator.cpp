@@ -3,6 +3,8 @@
 #include "app/editor/EditorView.h"
 #include "desktop/Fonts.h"
 
+#include <QLineEdit>
+
 #include <algorithm>
 
 namespace quillmark {
@@ -74,7 +76,16 @@ void Coordinator::installText()
 {
     m_lastGeneration = m_app.loadGeneration.get();
     m_view.textView().setText(m_app.currentText());
-    m_focus = m_scheduler.after(Duration::zero(), [this] { m_view.setFocus(); });
+    const bool isSameDocument = m_lastTab && m_lastTab == m_app.activeTabID.get();
+    m_lastTab = m_app.activeTabID.get();
+    if (!isSameDocument || !isTypedElsewhere())
+        m_focus = m_scheduler.after(Duration::zero(), [this] { m_view.setFocus(); });
+}
+
+/// A text that other programs changed comes in while the user is typing into a field.
+bool Coordinator::isTypedElsewhere() const
+{
+    return qobject_cast<const QLineEdit*>(m_view.window()->focusWidget());
 }
 
 void Coordinator::applyFont()

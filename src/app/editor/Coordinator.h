@@ -22,6 +22,7 @@ private:
     void textViewDidChangeSelection() override;
     void boundsChanged();
     void installText();
+    bool isTypedElsewhere() const;
     void applyFont();
     void applyEditability();
 
@@ -29,6 +30,7 @@ private:
     Scheduler& m_scheduler;
     EditorView& m_view;
     int64_t m_lastGeneration = 0; ///< whose text the view shows
+    std::optional<Uuid> m_lastTab; ///< whose text it is
     std::string m_fontName; ///< as last applied
     double m_fontSize = 0;
     Task m_focus; ///< the focus comes in the turn after a text was installed, when the window is in order

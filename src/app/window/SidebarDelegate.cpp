@@ -28,8 +28,10 @@ void paintGround(QPainter& painter, const QRectF& rect, const QColor& ground)
 
 std::optional<ThemeColor> groundColor(bool isSelected, QStyle::State state)
 {
+    if (state & QStyle::State_HasFocus)
+        return ThemeColor::selection;
     if (isSelected)
-        return state & QStyle::State_HasFocus ? ThemeColor::selection : ThemeColor::accentTint;
+        return ThemeColor::accentTint;
     if (state & QStyle::State_MouseOver)
         return ThemeColor::separator;
     return std::nullopt;

@@ -14,7 +14,7 @@ class SidebarDelegate : public QAbstractItemDelegate {
 public:
     explicit SidebarDelegate(QObject* parent);
 
-    /// The state says whether the mouse is over the row and whether the list has the focus.
+    /// The state says whether the mouse is over the row and whether the keyboard is at it.
     void paint(
         QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;

@@ -25,21 +25,49 @@ SidebarList::SidebarList(SidebarModel& model, QWidget* parent)
     viewport()->setAutoFillBackground(false);
     setAccessibleName(QStringLiteral("Заметки"));
     setItemDelegate(new SidebarDelegate(this));
+    connect(&model, &SidebarModel::modelAboutToBeReset, this, &SidebarList::takePicture);
     setModel(&model);
+    connect(&model, &SidebarModel::modelReset, this, &SidebarList::restorePicture); // after the selection's
     followActive();
 }
 
 void SidebarList::followActive()
 {
-    m_isFollowing = true;
-    const QModelIndex active = m_model.activeIndex();
-    if (active.isValid() && active != currentIndex())
-        setCurrentIndex(active);
-    else if (!active.isValid())
-        selectionModel()->clear();
-    m_isFollowing = false;
+    makeActiveCurrent();
     if (isVisible()) // until then it has no height that a row could be visible in
-        scrollTo(active);
+        scrollTo(m_model.activeIndex());
+    viewport()->update();
+}
+
+void SidebarList::makeActiveCurrent()
+{
+    makeCurrent(m_model.activeIndex());
+}
+
+void SidebarList::makeCurrent(const QModelIndex& index)
+{
+    m_isFollowing = true;
+    if (!index.isValid())
+        selectionModel()->clear();
+    else if (index != currentIndex())
+        setCurrentIndex(index);
+    m_isFollowing = false;
+}
+
+QModelIndex SidebarList::firstRow() const
+{
+    const QModelIndex first = selectableFrom(0, 1);
+    return first.flags() & Qt::ItemIsSelectable ? first : QModelIndex();
+}
+
+void SidebarList::enterFromAbove()
+{
+    if (!firstRow().isValid())
+        return;
+    if (!currentIndex().isValid())
+        makeCurrent(firstRow());
+    scrollTo(currentIndex());
+    setFocus(Qt::TabFocusReason);
     viewport()->update();
 }
 
@@ -82,11 +110,49 @@ void SidebarList::doItemsLayout()
     QAbstractItemView::doItemsLayout(); // QListView would measure every row
 }
 
+void SidebarList::takePicture()
+{
+    m_picture = {.rows = {}, .current = m_model.identity(currentIndex()), .hadActive = false};
+    const QModelIndex active = m_model.activeIndex();
+    m_picture.hadActive = active.isValid();
+    if (verticalOffset() == 0)
+        return;
+    const auto add = [this](const QModelIndex& index) {
+        if (const auto identity = m_model.identity(index))
+            m_picture.rows.push_back({*identity, visualRect(index).top()});
+    };
+    if (visualRect(active).intersects(viewport()->rect()))
+        add(active);
+    for (int row = std::max(layout().rowAt(verticalOffset()), 0); row < layout().rowCount(); ++row) {
+        const QModelIndex index = m_model.index(row);
+        if (visualRect(index).top() >= viewport()->height())
+            break;
+        add(index);
+    }
+}
+
+void SidebarList::restorePicture()
+{
+    for (const auto& [identity, y] : m_picture.rows) {
+        if (const QModelIndex index = m_model.indexOf(identity); index.isValid()) {
+            verticalScrollBar()->setValue(int(layout().top(index.row()) - y));
+            break;
+        }
+    }
+    const QModelIndex active = m_model.activeIndex();
+    const QModelIndex looked = m_picture.current && hasFocus() ? m_model.indexOf(*m_picture.current) : active;
+    makeCurrent(m_model.isSearching() && looked.isValid() ? looked : active);
+    if (isVisible() && active.isValid() && !m_picture.hadActive)
+        scrollTo(active);
+    viewport()->update();
+}
+
 void SidebarList::reset()
 {
+    m_isFollowing = true;
     QListView::reset();
+    m_isFollowing = false;
     updateGeometries();
-    followActive();
 }
 
 QModelIndex SidebarList::selectableFrom(int row, int step) const
@@ -162,13 +228,20 @@ void SidebarList::updateGeometries()
 void SidebarList::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
     QListView::currentChanged(current, previous);
-    if (!m_isFollowing && current.isValid() && onChoose)
-        onChoose(current);
+    viewport()->update();
+    if (!m_isFollowing && !m_model.isSearching())
+        choose(current);
 }
 
-void SidebarList::dataChanged(const QModelIndex& topLeft, const QModelIndex&, const QList<int>&)
+void SidebarList::choose(const QModelIndex& index)
 {
-    viewport()->update(visualRect(topLeft));
+    if (index.isValid() && onChoose)
+        onChoose(index);
+}
+
+void SidebarList::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QList<int>&)
+{
+    viewport()->update(visualRect(topLeft) | visualRect(bottomRight));
 }
 
 void SidebarList::paintEvent(QPaintEvent* event)
@@ -182,7 +255,7 @@ void SidebarList::paintEvent(QPaintEvent* event)
         if (option.rect.top() > event->rect().bottom())
             break;
         option.state.setFlag(QStyle::State_MouseOver, index == m_hovered);
-        option.state.setFlag(QStyle::State_HasFocus, hasFocus());
+        option.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
         itemDelegate()->paint(&painter, option, index);
     }
 }
@@ -205,17 +278,38 @@ void SidebarList::scrollContentsBy(int, int)
     viewport()->update();
 }
 
+void SidebarList::keyPressEvent(QKeyEvent* event)
+{
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return choose(currentIndex());
+    case Qt::Key_Up:
+        if (currentIndex() == firstRow() && onLeaveUpwards)
+            return onLeaveUpwards();
+        break;
+    default:
+        break;
+    }
+    QListView::keyPressEvent(event);
+}
+
+void SidebarList::focusOutEvent(QFocusEvent* event)
+{
+    QListView::focusOutEvent(event);
+    if (event->reason() != Qt::PopupFocusReason)
+        makeActiveCurrent(); // what was only looked at is nothing outside the list
+    viewport()->update();
+}
+
 void SidebarList::mousePressEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->position().toPoint());
     if (event->button() != Qt::LeftButton || !(index.flags() & Qt::ItemIsSelectable))
         return;
-    if (index == currentIndex()) {
-        if (onChoose)
-            onChoose(index);
-    } else {
-        setCurrentIndex(index);
-    }
+    const QPersistentModelIndex pressed(index);
+    makeCurrent(index);
+    choose(pressed);
 }
 
 void SidebarList::mouseMoveEvent(QMouseEvent* event)

@@ -3,6 +3,7 @@
 #include "app/Paint.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace quillmark {
 
@@ -14,15 +15,42 @@ SidebarModel::SidebarModel(AppState& app, QObject* parent)
 {
     m_connections.push_back(m_app.store.notes.onChange([this](const auto&) { rowsChanged(); }));
     m_connections.push_back(m_app.tabs.onChange([this](const auto&) { rowsChanged(); }));
+    m_connections.push_back(m_app.store.searchQuery.onChange([this](const auto&) { rowsChanged(); }));
+    m_connections.push_back(m_app.store.contentMatchIDs.onChange([this](const auto& ids) {
+        if (!ids.empty()) // they are only forgotten when the query changes, which is heard of too
+            rowsChanged();
+    }));
     rowsChanged();
 }
 
 void SidebarModel::rowsChanged()
 {
+    std::vector<Uuid> files;
+    for (const auto& tab : m_app.fileTabs())
+        files.push_back(tab->id);
+    std::vector<ShownNote> notes = shownNotes();
+    if (m_layout.rowCount() > 0 && files == m_files
+        && std::ranges::equal(notes, m_notes, std::equal_to(), &ShownNote::id, &ShownNote::id)) {
+        m_notes = std::move(notes);
+        Q_EMIT dataChanged(index(0), index(m_layout.rowCount() - 1));
+        return;
+    }
     beginResetModel();
-    m_layout = SidebarLayout(int(m_app.fileTabs().size()), int(m_app.store.notes->size()));
+    m_files = std::move(files);
+    m_notes = std::move(notes);
+    m_layout = SidebarLayout(int(m_files.size()), int(m_notes.size()));
     watchTitles();
     endResetModel();
+}
+
+std::vector<SidebarModel::ShownNote> SidebarModel::shownNotes() const
+{
+    const NoteStore& store = m_app.store;
+    std::vector<ShownNote> shown;
+    for (size_t place = 0; place < store.notes->size(); ++place)
+        if (const Note& note = store.notes->at(place); store.matchesSearch(note))
+            shown.push_back({note.id, place});
+    return shown;
 }
 
 void SidebarModel::watchTitles()
@@ -45,8 +73,11 @@ void SidebarModel::titleChanged(const Uuid& tabID)
 const Note* SidebarModel::note(const QModelIndex& index) const
 {
     const auto [kind, position] = item(index);
+    if (kind != Kind::note || size_t(position) >= m_notes.size())
+        return nullptr;
     const auto& notes = m_app.store.notes.get();
-    return kind == Kind::note && size_t(position) < notes.size() ? &notes[size_t(position)] : nullptr;
+    const size_t place = m_notes[size_t(position)].place;
+    return place < notes.size() ? &notes[place] : nullptr;
 }
 
 std::shared_ptr<EditorTab> SidebarModel::fileTab(const QModelIndex& index) const
@@ -68,14 +99,28 @@ bool SidebarModel::isActive(const QModelIndex& index) const
 
 QModelIndex SidebarModel::activeIndex() const
 {
-    if (const auto id = m_app.activeNoteID()) {
-        const auto& notes = m_app.store.notes.get();
-        const auto found = std::ranges::find(notes, *id, &Note::id);
-        return found == notes.end() ? QModelIndex() : index(m_layout.rowOfNote(int(found - notes.begin())));
-    }
-    const AppState::Tabs files = m_app.fileTabs();
-    const auto found = std::ranges::find(files, m_app.activeTab());
-    return found == files.end() ? QModelIndex() : index(m_layout.rowOfFile(int(found - files.begin())));
+    if (const auto id = m_app.activeNoteID())
+        return indexOf(*id);
+    const auto tab = m_app.activeTab();
+    return tab ? indexOf(tab->id) : QModelIndex();
+}
+
+std::optional<Uuid> SidebarModel::identity(const QModelIndex& index) const
+{
+    if (!index.isValid())
+        return std::nullopt;
+    const auto [kind, position] = item(index);
+    if (kind == Kind::file)
+        return m_files.at(size_t(position));
+    return kind == Kind::note ? std::optional(m_notes.at(size_t(position)).id) : std::nullopt;
+}
+
+QModelIndex SidebarModel::indexOf(const Uuid& identity) const
+{
+    if (const auto file = std::ranges::find(m_files, identity); file != m_files.end())
+        return index(m_layout.rowOfFile(int(file - m_files.begin())));
+    const auto note = std::ranges::find(m_notes, identity, &ShownNote::id);
+    return note != m_notes.end() ? index(m_layout.rowOfNote(int(note - m_notes.begin()))) : QModelIndex();
 }
 
 int SidebarModel::rowCount(const QModelIndex& parent) const

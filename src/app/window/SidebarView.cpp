@@ -1,7 +1,8 @@
 #include "app/window/SidebarView.h"
-#include "app/window/MainMenu.h"
 
 #include "app/Paint.h"
+#include "app/window/MainMenu.h"
+#include "app/window/SearchField.h"
 #include "app/window/SidebarList.h"
 #include "app/window/SymbolButton.h"
 
@@ -20,6 +21,7 @@ constexpr double newNoteSymbolBox = 16;
 SidebarView::SidebarView(AppState& app, QWidget* parent)
     : QWidget(parent)
     , m_app(app)
+    , m_search(new SearchField(this))
     , m_model(new SidebarModel(app, this))
     , m_list(new SidebarList(*m_model, this))
 {
@@ -33,22 +35,55 @@ SidebarView::SidebarView(AppState& app, QWidget* parent)
             menu->popup(place);
     };
     m_activeTabConnection = app.activeTabID.onChange([this](const auto&) { m_list->followActive(); });
+    wireSearch();
 
     auto* button = new QHBoxLayout;
     button->setContentsMargins(8, 5, 8, 1);
     button->addWidget(newNote, 1);
+    auto* search = new QHBoxLayout;
+    search->setContentsMargins(8, 5, 8, 3);
+    search->addWidget(m_search);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(button);
+    layout->addLayout(search);
     layout->addWidget(m_list, 1);
+}
+
+void SidebarView::wireSearch()
+{
+    const auto showQuery = [this](const std::string& query) { m_search->setQuery(query); };
+    showQuery(m_app.store.searchQuery.get());
+    m_queryConnection = m_app.store.searchQuery.onChange(showQuery);
+    connect(m_search, &SearchField::textEdited, this,
+        [this](const QString& text) { m_app.store.updateSearchQuery(text.toStdString()); });
+    connect(m_search, &SearchField::left, this, &SidebarView::focusEditor);
+    connect(m_search, &SearchField::wentDown, m_list, &SidebarList::enterFromAbove);
+    connect(m_search, &SearchField::accepted, this, [this] {
+        if (m_model->isSearching())
+            choose(m_list->firstRow());
+    });
+    m_list->onLeaveUpwards = [this] { m_search->setFocus(Qt::BacktabFocusReason); };
+}
+
+void SidebarView::focusEditor()
+{
+    if (PlainTextView* text = m_app.textView())
+        text->becomeFirstResponder().emit();
 }
 
 void SidebarView::choose(const QModelIndex& index)
 {
-    if (const Note* note = m_model->note(index))
+    const Note* note = m_model->note(index);
+    const auto tab = m_model->fileTab(index);
+    if (note && m_app.activeNoteID() == note->id)
+        focusEditor();
+    else if (note)
         m_app.openNote(Uuid(note->id));
-    else if (const auto tab = m_model->fileTab(index))
+    else if (tab && m_app.activeTabID.get() == tab->id)
+        focusEditor();
+    else if (tab)
         m_app.selectTab(tab->id);
 }
 

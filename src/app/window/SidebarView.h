@@ -1,4 +1,4 @@
-// The left column: the button for a new note, the open files and the notes.
+// The left column: the button for a new note, the search field, the open files and the notes.
 #pragma once
 
 #include "app/window/SidebarModel.h"
@@ -9,6 +9,7 @@ class QMenu;
 
 namespace quillmark {
 
+class SearchField;
 class SidebarList;
 
 class SidebarView : public QWidget {
@@ -17,6 +18,7 @@ class SidebarView : public QWidget {
 public:
     SidebarView(AppState& app, QWidget* parent);
 
+    SearchField& searchField() { return *m_search; }
     SidebarList& list() { return *m_list; }
     SidebarModel& model() { return *m_model; }
     /// The menu of a row; null when the row has none.
@@ -26,12 +28,16 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void wireSearch();
     void choose(const QModelIndex& index);
+    void focusEditor();
 
     AppState& m_app;
+    SearchField* m_search;
     SidebarModel* m_model;
     SidebarList* m_list;
     Connection m_activeTabConnection;
+    Connection m_queryConnection;
 };
 
 } // namespace quillmark
