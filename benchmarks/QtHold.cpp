@@ -5,6 +5,7 @@
 #include "QtWindow.h"
 #include "SampleFile.h"
 #include "app/window/ContentView.h"
+#include "io/InotifyWatching.h"
 #include "io/PosixFileSystem.h"
 #include "support/MemoryDefaults.h"
 #include "support/RecordingAppearance.h"
@@ -31,6 +32,7 @@ struct Desk {
     test::FakeClipboard clipboard;
     RecoveryStore recovery{files, scheduler, log, home / "recovered"};
     DocumentWriter writer{files, recovery, scheduler};
+    InotifyWatching watching{scheduler, files, log};
     AppState app{{.scheduler = scheduler,
         .files = files,
         .log = log,
@@ -39,6 +41,7 @@ struct Desk {
         .appearance = appearance,
         .writer = writer,
         .recovery = recovery,
+        .watching = watching,
         .defaultNotesFolder = home / "Notes",
         .journalFolder = home / "journal"}};
     ContentView window{app, scheduler, clipboard};
