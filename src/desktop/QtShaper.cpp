@@ -120,6 +120,26 @@ int64_t QtShapedText::offsetAtX(int row, double x) const
     return line(row).xToCursor(x, QTextLine::CursorBetweenCharacters);
 }
 
+/// The units of a row and one on either side, which it may be shaped with.
+QStringView QtShapedText::withNeighbours(int row) const
+{
+    const QTextLine shaped = line(row);
+    const int start = std::max(0, shaped.textStart() - 1);
+    const int end = std::min<int>(int(m_layout.text().size()), shaped.textStart() + shaped.textLength() + 1);
+    return QStringView(m_layout.text()).mid(start, end - start);
+}
+
+bool QtShapedText::isDrawnAlike(int row, const ShapedText& other, int otherRow) const
+{
+    const auto& text = static_cast<const QtShapedText&>(other);
+    if (this == &text)
+        return row == otherRow;
+    // Where directions mix, a row depends on its whole line.
+    return !m_mayBeBidirectional && !text.m_mayBeBidirectional && m_baseline == text.m_baseline
+        && m_layout.font() == text.m_layout.font() && (row == 0) == (otherRow == 0)
+        && withNeighbours(row) == text.withNeighbours(otherRow);
+}
+
 std::vector<Span> QtShapedText::spans(int row, Range range) const
 {
     const Range part = intersection(range, this->row(row));

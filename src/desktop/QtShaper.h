@@ -29,6 +29,7 @@ public:
     double width(int row) const override;
     double xOfOffset(int row, int64_t offset) const override;
     int64_t offsetAtX(int row, double x) const override;
+    bool isDrawnAlike(int row, const ShapedText& other, int otherRow) const override;
 
     /// Where the units of `range` stand on the row, from left to right; several spans where directions mix.
     std::vector<Span> spans(int row, Range range) const;
@@ -38,6 +39,7 @@ public:
 
 private:
     QTextLine line(int row) const { return m_layout.lineAt(row); }
+    QStringView withNeighbours(int row) const;
 
     QTextLayout m_layout;
     const double m_baseline;

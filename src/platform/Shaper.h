@@ -29,6 +29,13 @@ public:
     virtual double width(int row) const = 0;
     virtual double xOfOffset(int row, int64_t offset) const = 0; ///< where the caret stands before this unit
     virtual int64_t offsetAtX(int row, double x) const = 0; ///< the caret stop that is nearest to x
+
+    /// Whether a row is certain to be the same picture as one of another text of the same shaper. False where
+    /// finding out would take long.
+    virtual bool isDrawnAlike(int row, const ShapedText& other, int otherRow) const
+    {
+        return this == &other && row == otherRow;
+    }
 };
 
 class Shaper {

@@ -291,6 +291,18 @@ TEST_F(EditorViewTest, AKeyRepaintsItsRowOnly)
     EXPECT_TRUE(view.painted.isEmpty());
 }
 
+TEST_F(EditorViewTest, AKeyInALongLineRepaintsTheRowsThatChange)
+{
+    std::u16string words;
+    for (int i = 0; i < 60; ++i)
+        words += std::u16string(25, u'w') + u' ';
+    install(words); // no row is so full that one letter more sends a word to the next
+    view.painted = {};
+    type(QStringLiteral("w"));
+    EXPECT_FALSE(view.painted.isEmpty());
+    EXPECT_LE(view.painted.boundingRect().height(), rowHeight() + 4);
+}
+
 // Whatever is scrolled, repainted in part or left alone: the window must look as if painted from scratch.
 TEST_F(EditorViewTest, PartialPaintingLooksLikePaintingAnew)
 {

@@ -67,7 +67,7 @@ std::optional<double> movedBy(const EditorFrame& from, const EditorFrame& to)
 {
     for (const FrameRow& old : from.rows) {
         const auto now
-            = std::ranges::find_if(to.rows, [&](const FrameRow& row) { return row.looksLike(old); });
+            = std::ranges::find_if(to.rows, [&](const FrameRow& row) { return row.isSameAs(old); });
         if (now != to.rows.end())
             return now->top - old.top;
     }
@@ -76,10 +76,20 @@ std::optional<double> movedBy(const EditorFrame& from, const EditorFrame& to)
 
 } // namespace
 
-bool FrameRow::looksLike(const FrameRow& other) const
+bool FrameRow::isSameAs(const FrameRow& other) const
 {
     return shaped == other.shaped && rowInShaped == other.rowInShaped && selected == other.selected
         && isLineFeedSelected == other.isLineFeedSelected && clauses == other.clauses;
+}
+
+bool FrameRow::looksLike(const FrameRow& other) const
+{
+    const auto isPlain = [](const FrameRow& row) {
+        return row.selected.isEmpty() && row.clauses.empty() && !row.isLineFeedSelected;
+    };
+    return isSameAs(other)
+        || (isPlain(*this) && isPlain(other)
+            && shaped->isDrawnAlike(rowInShaped, *other.shaped, other.rowInShaped));
 }
 
 EditorFrame frameOf(PlainTextView& text)

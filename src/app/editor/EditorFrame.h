@@ -20,6 +20,7 @@ struct FrameRow {
     bool isLineFeedSelected = false;
     std::vector<Composition::Clause> clauses; ///< of an input method; in units of `shaped`
 
+    bool isSameAs(const FrameRow& other) const; ///< the same row of the same shaped text, selected alike
     bool looksLike(const FrameRow& other) const; ///< the same picture, wherever it stands
 };
 
