@@ -99,11 +99,13 @@ TextPosition target(Motion motion, const Selection& selection, Extend extend, La
     const Rope& text = layout.text();
     const TextPosition from = selection.position();
     const bool collapses = extend == Extend::no && !selection.isEmpty();
+    // An edit can join what stands on both sides of an end of the selection.
+    const auto boundary = [&](int64_t offset) { return characterBoundaryAtOrBefore(text, offset); };
     switch (motion) {
     case Motion::characterLeft:
-        return {collapses ? selection.range().location : previousGrapheme(text, from.offset)};
+        return {collapses ? boundary(selection.range().location) : previousGrapheme(text, from.offset)};
     case Motion::characterRight:
-        return {collapses ? selection.range().end() : nextGrapheme(text, from.offset)};
+        return {collapses ? boundary(selection.range().end()) : nextGrapheme(text, from.offset)};
     case Motion::wordLeft:
         return {previousWordStart(text, from.offset)};
     case Motion::wordRight:
