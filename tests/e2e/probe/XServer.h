@@ -50,6 +50,7 @@ public:
     };
     using Picture = std::vector<uint32_t>; ///< row by row, 0xRRGGBB
     Picture picture(const Area& area); ///< of the screen; empty when the server does not answer
+    xcb_window_t focusedWindow();
     Area focusedArea(); ///< of the window that has the keyboard, without its frame
     int mappedWindows(); ///< children of the root window that are mapped and larger than 200 × 100
 
@@ -58,7 +59,6 @@ private:
     uint8_t keycodeOf(uint32_t keysym, bool& shifted) const;
     void readKeyboard();
     void nudgeWindowManager();
-    xcb_window_t focusedWindow();
     bool hasClass(xcb_window_t window);
     bool waitForPixel(bool painted, Duration limit);
 
