@@ -131,7 +131,7 @@ struct Soak : testing::Test {
                 tool.step();
                 tool.lookAtRecovered(desk.state() / "recovered");
                 std::this_thread::sleep_for(
-                    std::chrono::milliseconds(random() % 5 == 0 ? random() % 1500 : random() % 200));
+                    std::chrono::milliseconds(random() % 6 == 0 ? random() % 1200 : random() % 120));
             }
         });
         while (Clock::now() < end && isRunning(desk.process()))

@@ -52,7 +52,8 @@ public:
         if (!isOpen())
             return;
         m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
-        const uint32_t mask = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY; // answers are sent to the root window
+        const uint32_t mask
+            = XCB_EVENT_MASK_STRUCTURE_NOTIFY; // Qt sends its answers to whoever has this on the root
         xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &mask);
         m_protocols = atom(m_connection, "WM_PROTOCOLS");
         m_ping = atom(m_connection, "_NET_WM_PING");
