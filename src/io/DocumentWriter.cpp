@@ -6,6 +6,7 @@ namespace quillmark {
 namespace {
 
 constexpr uint32_t newFileMode = 0666; ///< less the umask
+constexpr int mostLooks = 20; ///< at a file that changes all the time
 
 } // namespace
 
@@ -40,24 +41,43 @@ Result<SavedFile> DocumentWriter::write(std::string_view bytes, const Path& path
     return write(contentOf(bytes), path, nullptr);
 }
 
-/// The new file is ready to take the place of the old one: is that still the one we know?
+/// The new file is ready to take the place of the old one: is that still the one we know? Keeping a version
+/// takes time, in which the next one may have come.
 Status DocumentWriter::comeToTerms(Save& save, const WrittenFile& ready)
+{
+    bool isSettled = false;
+    for (int look = 0; !isSettled && look < mostLooks; ++look) {
+        const auto settled = keepUnseenVersion(save, ready);
+        if (!settled)
+            return std::unexpected(settled.error());
+        isSettled = *settled;
+    }
+    if (!isSettled)
+        return systemFailure(EBUSY);
+    m_known.expect(save.path, FileStamp(ready.info, ready.hash));
+    return {};
+}
+
+/// True when the file in its place may be replaced as it is.
+Result<bool> DocumentWriter::keepUnseenVersion(Save& save, const WrittenFile& ready)
 {
     const auto present = m_disk.stat(save.path);
     const bool isChanged
         = present && m_known.stateOf(m_disk, save.path, *present) == KnownFiles::State::changed;
-    const auto hash = isChanged ? hashOf(contentOfFile(m_disk, save.path)) : Result<ContentHash>();
-    if (isChanged && hash != ready.hash) {
-        if (save.outsideVersion == OutsideVersion::refuse)
-            return std::unexpected(Error{.code = changedOutside, .message = "Файл изменён снаружи"});
-        if (auto kept = m_recovery.keepCopy(save.path); !kept)
-            return std::unexpected(kept.error());
-        save.hasReplacedOutsideVersion = true;
-        if (hash) // should the next step fail, it is not kept again and again
-            m_known.remember(save.path, FileStamp(*present, *hash));
-    }
-    m_known.expect(save.path, FileStamp(ready.info, ready.hash));
-    return {};
+    if (!isChanged)
+        return true;
+    const auto hash = hashOf(contentOfFile(m_disk, save.path));
+    if (!hash)
+        return std::unexpected(hash.error());
+    if (*hash == ready.hash)
+        return true;
+    if (save.outsideVersion == OutsideVersion::refuse)
+        return std::unexpected(Error{.code = changedOutside, .message = "Файл изменён снаружи"});
+    if (auto kept = m_recovery.keepCopy(save.path); !kept)
+        return std::unexpected(kept.error());
+    save.hasReplacedOutsideVersion = true;
+    m_known.remember(save.path, FileStamp(*present, *hash)); // nor is it kept again when the next step fails
+    return false;
 }
 
 Result<SavedFile> DocumentWriter::write(

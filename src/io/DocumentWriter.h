@@ -46,6 +46,7 @@ private:
     Result<SavedFile> write(const FileContent& content, const Path& path, const MayPublish& mayPublish);
     Result<SavedFile> overwrite(const FileContent& content, const Path& target, const MayPublish& mayPublish);
     Status comeToTerms(Save& save, const WrittenFile& ready);
+    Result<bool> keepUnseenVersion(Save& save, const WrittenFile& ready);
     void tidy(const Path& folder);
 
     FileSystem& m_disk;

@@ -36,6 +36,13 @@ void KnownFiles::expect(const Path& path, const FileStamp& stamp)
         entry->second.expected = stamp;
 }
 
+void KnownFiles::rememberMissing(const Path& path)
+{
+    FileStamp nothing;
+    nothing.hash = contentHash("");
+    remember(path, nothing);
+}
+
 void KnownFiles::forget(const Path& path)
 {
     const std::lock_guard lock(m_mutex);

@@ -30,6 +30,7 @@ public:
     void remember(const Path& path, const FileStamp& stamp);
     /// The file is about to get this state, and still has the one remembered: both are ours.
     void expect(const Path& path, const FileStamp& stamp);
+    void rememberMissing(const Path& path); ///< whatever appears there is somebody else's, unless empty
     void forget(const Path& path);
     void move(const Path& from, const Path& to); ///< the file has been renamed by us
     bool knows(const Path& path) const;

@@ -289,10 +289,8 @@ std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& u
         byteSize = made->bytes;
         return {};
     });
-    if (!target) {
-        (void)m_services.recovery.keep(text, url);
+    if (!target)
         return std::nullopt;
-    }
     auto [title, preview] = titleAndPreviewOf(text);
     insertInFront({.id = Uuid::random(),
         .url = *target,

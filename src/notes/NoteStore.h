@@ -85,8 +85,8 @@ public:
     void trashNote(Note note);
     std::optional<Note> duplicateNote(Note note); ///< nothing when the file could not be copied
     void saveNoteText(const Rope& text, Uuid id); ///< with line feeds, and updates the record
-    /// Keeps a text that could not be saved over `url` as a new note beside it. Nothing when that failed too;
-    /// the text is then in the recovery folder.
+    /// Keeps a text that could not be saved over `url` as a new note beside it. Nothing when that failed too:
+    /// the caller still has the text.
     std::optional<Path> writeConflictCopy(const Rope& text, const Path& url);
 
     /// The text of a note is in its file, or queued to be: refreshes the record and sorts the list.

@@ -79,16 +79,20 @@ bool NoteStore::isOnItsWay(const Note& note) const
 /// True when another program has changed the file. A save of our own, finished or queued, is not one.
 bool NoteStore::bringUpToDate(Note& note, const FileInfo& file)
 {
-    if (!differs(note, file) || m_services.writeQueue.pendingText(note.url))
+    if (m_services.writeQueue.pendingText(note.url))
+        return false;
+    const auto state = m_services.known.stateOf(m_services.files, note.url, file);
+    const bool isOther = state == KnownFiles::State::changed && note.modifiedAt != file.modified;
+    if (!isOther && !differs(note, file))
         return false;
     note.modifiedAt = file.modified;
     note.byteSize = file.size;
-    if (m_services.known.stateOf(m_services.files, note.url, file) == KnownFiles::State::asKnown)
-        return false;
     auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url, leadingBytes));
+    // A file that was opened since it changed is known, but its record is not up to date.
+    const bool isNew = state != KnownFiles::State::asKnown || note.title != title || note.preview != preview;
     note.title = std::move(title);
     note.preview = std::move(preview);
-    return true;
+    return isNew;
 }
 
 } // namespace quillmark

@@ -115,6 +115,31 @@ TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
     EXPECT_EQ(shown(), "theirs");
 }
 
+TEST_F(OpenFile, AThirdVersionThatComesWhileTheSecondIsKeptIsKeptToo)
+{
+    type("mine ");
+    theyWrite("/d/a", "second");
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation != DiskOperation::renameNoReplace || !call.path.native().starts_with(recovered))
+            return;
+        disk.setHook(nullptr);
+        theyWrite("/d/a", "third");
+    });
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(kept(), (Strings{"second", "third"}));
+}
+
+TEST_F(OpenFile, WhatAppearsInThePlaceOfAMissingFileIsKept)
+{
+    open("/d/new");
+    type("mine");
+    disk.putFile("/d/new", "theirs"); // no notice of it
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/new"), "mine");
+    EXPECT_EQ(kept(), Strings{"theirs"});
+}
+
 TEST_F(OpenFile, ADeletedFileLeavesTheTextAndIsMadeAgain)
 {
     scheduler.advance(2s);
@@ -226,6 +251,61 @@ TEST_F(OpenNote, AQueuedTextMeetsAnotherVersion)
     ASSERT_EQ(conflictCopies().size(), 1u);
     EXPECT_TRUE(conflictCopies().front().ends_with("plan"));
     EXPECT_TRUE(conflictCopies().front().starts_with("first\n"));
+}
+
+TEST_F(OpenNote, WhatIsTypedWhileAQueuedTextMeetsAnotherVersionIsOneCopyWithIt)
+{
+    type("first\n");
+    pasteLarge();
+    scheduler.advance(800ms);
+    type("second ");
+    theyWrite(note("plan.txt"), "theirs");
+    scheduler.settle();
+    hear(1min);
+    EXPECT_EQ(shown(), "theirs");
+    ASSERT_EQ(conflictCopies().size(), 1u);
+    EXPECT_NE(conflictCopies().front().find("second "), std::string::npos);
+}
+
+TEST_F(OpenNote, WordsThatNothingTakesAreInTheJournalUntilSomethingDoes)
+{
+    type("my ");
+    theyWrite(note("plan.txt"), "theirs");
+    disk.failAlways(DiskOperation::renameNoReplace, ENOSPC);
+    hear();
+    EXPECT_EQ(shown(), "theirs");
+    disk.heal();
+    quit();
+    EXPECT_EQ(kept(), Strings{"my plan"});
+}
+
+TEST_F(OpenNote, AVersionWithinTheSameSecondAndOfTheSameSizeIsShown)
+{
+    theyWrite(note("plan.txt"), "new1");
+    hear();
+    theyWrite(note("plan.txt"), "new2");
+    hear();
+    EXPECT_EQ(shown(), "new2");
+}
+
+TEST_F(OpenNote, AVersionThatWasOpenedBeforeItWasAnnouncedNamesItsRecordAndTab)
+{
+    app->openNote(app->store.notes->at(1).id);
+    theyWrite(note("plan.txt"), "another title");
+    select(0);
+    hear();
+    EXPECT_EQ(app->activeTab()->title.get(), "another title");
+    EXPECT_EQ(app->store.find(*app->activeNoteID())->title, "another title");
+}
+
+TEST_F(OpenNote, AnEmptiedNoteThatGotAnotherVersionDoesNotGoToTheTrash)
+{
+    clear();
+    theyWrite(note("plan.txt"), "news"); // as long as the old one
+    close(0);
+    scheduler.settle();
+    EXPECT_EQ(trashed, 0);
+    EXPECT_EQ(noteText("plan.txt").value_or(noteText("news.txt").value_or("")), "news");
 }
 
 TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)

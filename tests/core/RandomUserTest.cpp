@@ -1,6 +1,7 @@
-// A user at random on a disk that fails at random. Every sentence that was typed and not deleted by the user
-// is in a document on the disk, in the editor, in the recovery folder or in the journal, once the queues have
-// had the time to try again.
+// A user at random on a disk that fails at random, with other programs at work on the same files. Every
+// sentence that was typed and not deleted by the user, and every version that another program wrote, is in a
+// document on the disk, in the editor, in the recovery folder or in the journal, once the queues have had the
+// time to try again. What the other programs themselves replaced or deleted they have seen.
 #include "AppTest.h"
 #include "support/Random.h"
 
@@ -14,7 +15,7 @@ constexpr int worlds = 60;
 constexpr size_t longest = 300; // of a text in a story
 constexpr int steps = 150; // few enough that the recovery folder drops nothing
 
-/// The numbers of the sentences "<n>" in a text.
+/// The numbers of the sentences "<n>" in a text, and below zero those of other programs' versions "<-n>".
 std::set<int> sentencesIn(std::string_view text)
 {
     std::set<int> found;
@@ -23,10 +24,19 @@ std::set<int> sentencesIn(std::string_view text)
     return found;
 }
 
+bool isConflictCopy(const std::string& name)
+{
+    return name.find("(conflict ") != std::string::npos;
+}
+
+/// Whether there are other programs at work.
+enum class Company { none, others };
+
 class User : public AppTest {
 public:
-    explicit User(Random& random)
+    User(Random& random, Company company)
         : m_random(random)
+        , m_company(company)
     {
         for (const char* file : {"/docs/a.txt", "/docs/b.md", "/docs/c"})
             disk.putFile(file, "");
@@ -37,12 +47,20 @@ public:
 
     void step()
     {
+        if (m_company == Company::others && m_random.oneIn(5))
+            othersAct();
         static constexpr std::array actions = {&User::typeSentence, &User::typeSentence, &User::typeSentence,
             &User::typeSentence, &User::waitAWhile, &User::waitAWhile, &User::switchTab, &User::switchTab,
             &User::openSomething, &User::closeSomeTab, &User::leaveTheProgram, &User::breakTheDisk,
             &User::healTheDisk, &User::runAJob, &User::rareThings};
         (this->*actions[static_cast<size_t>(m_random.below(actions.size()))])();
         ASSERT_TRUE(app->activeTab());
+        for (const std::string& name : disk.names(notes)) {
+            if (isConflictCopy(name))
+                m_conflictCopies.insert(name);
+        }
+        ASSERT_LE(m_conflictCopies.size(), m_versionsOfNotes) << story();
+        expectUneditedFilesAsTheyWere();
     }
 
     void rest()
@@ -68,6 +86,7 @@ public:
             for (const std::string& text : textsIn(folder))
                 tick(text);
         }
+        tick(m_seenByOthers);
         return missing;
     }
 
@@ -85,7 +104,7 @@ public:
     }
 
 private:
-    void note(std::string what) { m_history += what + "; "; }
+    void tell(std::string what) { m_history += what + "; "; }
     void forget(std::string_view text)
     {
         for (const int n : sentencesIn(text))
@@ -104,9 +123,90 @@ private:
             --at;
         view.select({.anchor = at, .caret = at});
         m_sentences.insert(m_next);
-        note("type " + std::to_string(m_next));
+        tell("type " + std::to_string(m_next));
         type("<" + std::to_string(m_next++) + ">" + (m_random.oneIn(3) ? "\n" : " "));
     }
+
+    // The other programs.
+
+    void othersAct()
+    {
+        const Path file = pickFile();
+        const auto old = disk.bytes(file);
+        switch (m_random.below(5)) {
+        case 0:
+        case 1:
+            theyWrite(file, m_random.oneIn(2));
+            break;
+        case 2:
+            if (old && m_random.oneIn(2)) {
+                tell("they delete " + file.native());
+                m_seenByOthers += *old;
+                disk.erase(file);
+                m_untouched.erase(file);
+            }
+            break;
+        case 3:
+            if (const Path to = AppWorld::note("moved " + std::to_string(++m_version) + ".txt"); old) {
+                tell("they move " + file.native() + " to " + to.native());
+                disk.move(file, to);
+                m_untouched.erase(file);
+            }
+            break;
+        default:
+            theyWrite(AppWorld::note("new " + std::to_string(++m_version) + ".txt"), true);
+        }
+        if (m_random.oneIn(2)) {
+            tell("heard");
+            watching.deliver();
+        }
+    }
+
+    /// Half of the time the one that is open.
+    Path pickFile()
+    {
+        const auto tab = app->activeTab();
+        const Note* const open = tab->note() ? app->store.find(tab->note()->id) : nullptr;
+        if (m_random.oneIn(2) && (open || tab->file()))
+            return open ? open->url : tab->file()->url;
+        const auto names = noteNames();
+        if (m_random.oneIn(2) && !names.empty())
+            return AppWorld::note(
+                names[static_cast<size_t>(m_random.below(static_cast<int64_t>(names.size())))]);
+        static constexpr std::array files = {"/docs/a.txt", "/docs/b.md", "/docs/c", "/docs/missing"};
+        return files[static_cast<size_t>(m_random.below(files.size()))];
+    }
+
+    void theyWrite(const Path& file, bool asNewFile)
+    {
+        const int version = -++m_version;
+        tell("they write " + std::to_string(version) + " to " + file.native() + (asNewFile ? " (new)" : ""));
+        m_seenByOthers += disk.bytes(file).value_or("");
+        if (asNewFile)
+            disk.erase(file);
+        const std::string size(m_random.oneIn(12) ? 600 * 1024 : static_cast<size_t>(m_random.below(3)), 'x');
+        disk.putFile(file, "<" + std::to_string(version) + "> " + size);
+        m_sentences.insert(version);
+        m_untouched[file] = {version, disk.infoOf(file).inode};
+        m_versionsOfNotes += file.parent_path() == notes;
+    }
+
+    /// A file with nothing but a version that nobody edited is still the file that was written.
+    void expectUneditedFilesAsTheyWere()
+    {
+        for (const int sentence : sentencesIn(shown()))
+            if (app->isDirty.get())
+                m_edited.insert(sentence);
+        for (const auto& [file, written] : m_untouched) {
+            const auto bytes = disk.bytes(file);
+            if (bytes && sentencesIn(*bytes) == std::set{written.version}
+                && !m_edited.contains(written.version)) {
+                ASSERT_EQ(disk.infoOf(file).inode, written.inode) << file << story();
+            }
+        }
+    }
+
+    // The user.
 
     void waitAWhile()
     {
@@ -117,13 +217,13 @@ private:
 
     void switchTab()
     {
-        note("select");
+        tell("select");
         select(static_cast<size_t>(m_random.below(static_cast<int64_t>(app->tabs->size()))));
     }
 
     void openSomething()
     {
-        note("open");
+        tell("open");
         static constexpr std::array files = {"/docs/a.txt", "/docs/b.md", "/docs/c", "/docs/missing"};
         const auto& all = *app->store.notes;
         if (m_random.oneIn(3))
@@ -136,13 +236,13 @@ private:
 
     void closeSomeTab()
     {
-        note("close");
+        tell("close");
         close(static_cast<size_t>(m_random.below(static_cast<int64_t>(app->tabs->size()))));
     }
 
     void leaveTheProgram()
     {
-        note("resign");
+        tell("resign");
         app->willResignActive();
         if (m_random.oneIn(4))
             app->showNotice("…");
@@ -157,7 +257,7 @@ private:
         static constexpr std::array places = {"/docs", "Notes", ""};
         const auto operation = operations[static_cast<size_t>(m_random.below(operations.size()))];
         const char* place = places[static_cast<size_t>(m_random.below(places.size()))];
-        note("break " + std::to_string(static_cast<int>(operation)) + " " + place);
+        tell("break " + std::to_string(static_cast<int>(operation)) + " " + place);
         if (m_random.oneIn(8))
             disk.setCapacity(m_random.below(2000));
         else if (m_random.oneIn(3))
@@ -168,7 +268,7 @@ private:
 
     void healTheDisk()
     {
-        note("heal");
+        tell("heal");
         disk.heal();
     }
 
@@ -192,11 +292,11 @@ private:
             edit("paste", [this] { pasteLarge(); });
             break;
         case 3:
-            note("clock");
+            tell("clock");
             scheduler.setWall(scheduler.wallNow() + std::chrono::hours(m_random.below(48) - 24));
             break;
         case 4:
-            note("restart");
+            tell("restart");
             disk.heal(); // with nowhere to put it, no program could keep the text
             restart();
             break;
@@ -215,7 +315,7 @@ private:
         if (all.empty())
             return;
         const Note deleted = all[static_cast<size_t>(m_random.below(static_cast<int64_t>(all.size())))];
-        note("delete " + deleted.url.filename().native());
+        tell("delete " + deleted.url.filename().native());
         if (app->activeNoteID() == deleted.id)
             forget(shown());
         app->deleteNote(deleted);
@@ -226,7 +326,7 @@ private:
     {
         if (!view.isEditable() || app->isLoading.get())
             return;
-        note(what);
+        tell(what);
         const auto before = sentencesIn(shown());
         change();
         const auto after = sentencesIn(shown());
@@ -235,17 +335,31 @@ private:
         m_sentences.insert(after.begin(), after.end());
     }
 
+    struct Written {
+        int version = 0;
+        uint64_t inode = 0;
+    };
+
     Random& m_random;
+    const Company m_company;
     std::string m_history;
-    std::set<int> m_sentences; ///< typed, and not deleted by the user
+    std::set<int> m_sentences; ///< typed or written by others, and not deleted by the user
     int m_next = 1;
+    int m_version = 0;
+    size_t m_versionsOfNotes = 0;
+    std::string m_seenByOthers;
+    std::map<Path, Written> m_untouched; ///< by others since
+    std::set<int> m_edited; ///< versions that were in a document with unsaved words
+    std::set<std::string> m_conflictCopies;
 };
 
-TEST(RandomUser, LosesNoSentence)
+class RandomUser : public testing::TestWithParam<Company> {};
+
+TEST_P(RandomUser, LosesNoSentence)
 {
     Random random;
     for (int world = 0; world < worlds; ++world) {
-        User user(random);
+        User user(random, GetParam());
         for (int i = 0; i < steps; ++i) {
             user.step();
             if (random.oneIn(10)) {
@@ -260,6 +374,9 @@ TEST(RandomUser, LosesNoSentence)
         ASSERT_LT(user.kept().size(), RecoveryStore::capacity);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Alone, RandomUser, testing::Values(Company::none));
+INSTANTIATE_TEST_SUITE_P(WithOthers, RandomUser, testing::Values(Company::others));
 
 } // namespace
 } // namespace quillmark::test

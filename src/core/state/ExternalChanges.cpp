@@ -97,20 +97,23 @@ void AppState::Impl::activeNoteChanged(Path url)
 {
     const auto tab = app.activeTab();
     if (app.isDirty.get()) {
-        keepAsConflictCopy(app.editorText(), url);
-        journal.forget(document.id);
+        keepAsConflictCopy(document.id, app.editorText(), url);
         app.isDirty.set(false);
         tab->isDirty.set(false);
     }
     loadActiveDocument();
 }
 
-void AppState::Impl::keepAsConflictCopy(const Rope& text, const Path& url)
+/// The document's journal goes when the text is safe.
+void AppState::Impl::keepAsConflictCopy(const Uuid& id, const Rope& text, const Path& url)
 {
-    if (const auto copy = app.store.writeConflictCopy(text, url)) {
-        const std::string name = utf8(utf16(copy->stem().native()));
-        app.showNotice("Заметка изменена снаружи — ваша версия сохранена как «" + name + "»");
-    }
+    const auto copy = app.store.writeConflictCopy(text, url);
+    if (!copy)
+        return keep(id, {.original = url, .text = text});
+    unkept.erase(id);
+    journal.forget(id);
+    const std::string name = utf8(utf16(copy->stem().native()));
+    app.showNotice("Заметка изменена снаружи — ваша версия сохранена как «" + name + "»");
 }
 
 void AppState::Impl::activeNoteRemoved(const Uuid& tabID)
@@ -125,14 +128,16 @@ void AppState::Impl::activeNoteRemoved(const Uuid& tabID)
 /// A queued text of a note met another program's version.
 void AppState::Impl::queuedNoteWasChanged(const Path& url)
 {
-    const auto save = queuedSaves.extract(url.native());
-    if (const auto text = writeQueue.pendingText(url))
-        keepAsConflictCopy(*text, url);
+    const Uuid id = queuedSaves.extract(url.native()).mapped().document;
+    const auto text = writeQueue.pendingText(url);
     writeQueue.discard(url);
-    journal.forget(save.mapped().document);
     const auto tab = app.activeTab();
-    const bool isShown = tab && tab->note() && urlOf(*tab) == url && document.id == save.mapped().document;
-    if (isShown && !app.isDirty.get())
+    const bool isShown = tab && tab->note() && urlOf(*tab) == url && document.id == id;
+    if (isShown && app.isDirty.get()) // what has been typed since is one copy with it
+        return activeNoteChanged(url);
+    if (text)
+        keepAsConflictCopy(id, *text, url);
+    if (isShown)
         loadActiveDocument();
 }
 

@@ -75,7 +75,7 @@ struct AppState::Impl {
     void handleExternalNoteChanges(const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs);
     void activeNoteChanged(Path url);
     void activeNoteRemoved(const Uuid& tabID);
-    void keepAsConflictCopy(const Rope& text, const Path& url);
+    void keepAsConflictCopy(const Uuid& id, const Rope& text, const Path& url);
     void queuedNoteWasChanged(const Path& url);
     bool isAsKnown(const Path& url);
 

@@ -79,7 +79,9 @@ void AppState::Impl::loadInBackground(const Path& url)
 
 void AppState::Impl::publish(const Path& url, Result<TextFile> read)
 {
-    if (!read && !saysMissing(read.error()))
+    if (!read && saysMissing(read.error()))
+        services.writer.known().rememberMissing(url);
+    else if (!read)
         document.unreadable = read.error();
     if (!read)
         return applyLoadedDocument({});

@@ -156,9 +156,10 @@ void AppState::closeTab(Uuid tabID)
     const bool isActive = activeTabID.get() == tabID;
     if (isActive)
         m_impl->finishTyping();
-    const bool looksEmpty = !isActive || m_impl->isBlankDocument();
+    bool looksEmpty = !isActive || m_impl->isBlankDocument();
     if (isActive)
         m_impl->leaveActiveDocument();
+    looksEmpty = looksEmpty && (!isActive || m_impl->isBlankDocument()); // another version may show by now
     const Note* found = tab->note() ? store.find(tab->note()->id) : nullptr;
     if (found && looksEmpty) {
         const Note note = *found;
