@@ -62,6 +62,8 @@ Status DocumentWriter::comeToTerms(Save& save, const WrittenFile& ready)
 Result<bool> DocumentWriter::keepUnseenVersion(Save& save, const WrittenFile& ready)
 {
     const auto present = m_disk.stat(save.path);
+    if (!present && present.error().code != ENOENT) // nobody knows what would be replaced
+        return std::unexpected(present.error());
     const bool isChanged
         = present && m_known.stateOf(m_disk, save.path, *present) == KnownFiles::State::changed;
     if (!isChanged)
