@@ -32,6 +32,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
     , m_writer(m_files, m_recovery, m_scheduler)
     , m_defaults(m_files, m_writer, m_scheduler, m_log, m_paths.settings())
     , m_trash(m_scheduler, m_log)
+    , m_fileManager(m_scheduler, m_log)
     , m_appearance(m_scheduler)
     , m_watching(m_scheduler, m_files, m_log)
 {
@@ -54,7 +55,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
         .journalFolder = m_paths.journal(),
     });
     m_delegate.applicationDidFinishLaunching();
-    m_window = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard);
+    m_window = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard, m_fileManager);
     m_delegate.applicationOpenFiles(commandLine.files);
     m_window->show();
     m_signalWatch = signals.listen(m_scheduler, [] { QCoreApplication::quit(); });

@@ -4,6 +4,7 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/window/ContentView.h"
+#include "desktop/GioFileManager.h"
 #include "desktop/GioTrash.h"
 #include "desktop/QtAppearance.h"
 #include "desktop/QtClipboard.h"
@@ -46,6 +47,7 @@ private:
     DocumentWriter m_writer;
     JsonUserDefaults m_defaults;
     GioTrash m_trash;
+    GioFileManager m_fileManager;
     QTranslator m_toolkitTexts;
     QtAppearance m_appearance;
     InotifyWatching m_watching;

@@ -57,6 +57,37 @@ MenuTexts menuTexts(const QStyleOptionMenuItem& item)
     return {item.text.left(tab), item.text.mid(tab + 1)};
 }
 
+/// Where checks stand, in front of all texts of a menu that has some.
+int checkColumn(const QStyleOptionMenuItem& item)
+{
+    return item.menuHasCheckableItems ? 16 : 0;
+}
+
+void paintStrokes(QPainter& painter, const QPolygonF& line, const QColor& ink)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(ink, 1.3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(line);
+    painter.restore();
+}
+
+/// The check of an item that is on, the arrow of one that has a menu of its own.
+void paintMenuSigns(QPainter& painter, const QStyleOptionMenuItem& item)
+{
+    const double middle = QRectF(item.rect).center().y();
+    if (item.checkType != QStyleOptionMenuItem::NotCheckable && item.checked) {
+        const QPointF tip(item.rect.left() + menuTextInset + 3, middle + 3.5);
+        paintStrokes(painter, QPolygonF({tip + QPointF(-3, -3), tip, tip + QPointF(5.5, -6.5)}),
+            color(ThemeColor::accent));
+    }
+    if (item.menuItemType == QStyleOptionMenuItem::SubMenu) {
+        const QPointF tip(item.rect.right() - menuTextInset, middle);
+        paintStrokes(painter, QPolygonF({tip + QPointF(-3.5, -3.5), tip, tip + QPointF(-3.5, 3.5)}),
+            color(ThemeColor::secondaryText));
+    }
+}
+
 } // namespace
 
 int menuItemWidth(const QStyleOptionMenuItem& item)
@@ -65,7 +96,8 @@ int menuItemWidth(const QStyleOptionMenuItem& item)
     const QFontMetrics metrics(item.font);
     const int title = metrics.size(Qt::TextShowMnemonic, texts.title).width();
     // Qt adds the width of the menu's widest keys to each item.
-    return title + 2 * menuTextInset + (texts.keys.isEmpty() ? menuTextInset : menuKeyGap);
+    return checkColumn(item) + title + 2 * menuTextInset
+        + (texts.keys.isEmpty() ? menuTextInset : menuKeyGap);
 }
 
 QRect scrollBarPart(const QStyleOptionSlider& bar, QStyle::SubControl part, int smallestThumb)
@@ -131,13 +163,14 @@ void paintMenuItem(QPainter& painter, const QStyleOptionMenuItem& item)
     if (isEnabled && item.state & QStyle::State_Selected)
         fillRounded(painter, item.rect, menuGroundRadius, color(ThemeColor::accentTint));
     const MenuTexts texts = menuTexts(item);
-    const QRect box = item.rect.adjusted(menuTextInset, 0, -menuTextInset, 0);
+    const QRect box = item.rect.adjusted(menuTextInset + checkColumn(item), 0, -menuTextInset, 0);
     painter.setFont(item.font);
     painter.setPen(faint(color(ThemeColor::foreground), isEnabled ? 1.0 : 0.35));
     painter.drawText(
         box, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextHideMnemonic | Qt::TextSingleLine, texts.title);
     painter.setPen(faint(color(ThemeColor::secondaryText), isEnabled ? 1.0 : 0.5));
     painter.drawText(box, Qt::AlignVCenter | Qt::AlignRight | Qt::TextSingleLine, texts.keys);
+    paintMenuSigns(painter, item);
 }
 
 void paintScrollBar(QPainter& painter, const QStyleOptionSlider& bar, const QRect& thumb)

@@ -95,6 +95,53 @@ void save(AppState& app, Shell&)
     app.flushSave(AppState::AllowBackground::no);
 }
 
+void saveAs(AppState& app, Shell& shell)
+{
+    const auto tab = app.activeTab();
+    app.flushSave(AppState::AllowBackground::no);
+    const auto suggestion = app.saveSuggestion();
+    if (!suggestion)
+        return;
+    const auto path = shell.chooseFileToSave(*suggestion);
+    if (path && app.activeTab() == tab) // the document may have gone while the panel was open
+        app.saveAs(*path);
+}
+
+void revealNotesFolder(AppState& app, Shell& shell)
+{
+    shell.reveal(app.store.folderURL.get());
+}
+
+void goToLine(AppState& app, Shell&)
+{
+    app.goToLineVisible.set(true);
+}
+
+void useLF(AppState& app, Shell&)
+{
+    app.setLineEndings("LF");
+}
+
+void useCRLF(AppState& app, Shell&)
+{
+    app.setLineEndings("CRLF");
+}
+
+bool isLF(const AppState& app)
+{
+    return app.lineEndings.get() == "LF";
+}
+
+bool isCRLF(const AppState& app)
+{
+    return app.lineEndings.get() == "CRLF";
+}
+
+bool isWritable(const AppState& app, Shell&)
+{
+    return !app.isReadOnly.get();
+}
+
 void closeTab(AppState& app, Shell&)
 {
     if (const auto tab = app.activeTab())
@@ -136,6 +183,14 @@ const std::array table = {
         .linuxKeys = {"Ctrl+O"},
         .icon = "folder",
         .run = openFiles},
+    Command{.id = "file.revealNotesFolder",
+        .menu = Menu::file,
+        .group = 1,
+        .menuTitle = "Открыть папку заметок",
+        .keySigns = "",
+        .linuxKeys = {},
+        .icon = "folder",
+        .run = revealNotesFolder},
     Command{.id = "file.save",
         .menu = Menu::file,
         .group = 2,
@@ -144,6 +199,15 @@ const std::array table = {
         .linuxKeys = {"Ctrl+S"},
         .icon = "",
         .run = save},
+    Command{.id = "file.saveAs",
+        .menu = Menu::file,
+        .group = 2,
+        .menuTitle = "Сохранить как…",
+        .keySigns = "⇧⌘S",
+        .linuxKeys = {"Ctrl+Shift+S"},
+        .icon = "",
+        .isEnabled = hasActiveTab,
+        .run = saveAs},
     Command{.id = "file.closeTab",
         .menu = Menu::file,
         .group = 2,
@@ -225,6 +289,15 @@ const std::array table = {
         .icon = "",
         .isEnabled = hasFocusedEditor,
         .run = inEditor<&PlainTextView::selectAll>},
+    Command{.id = "edit.goToLine",
+        .menu = Menu::edit,
+        .group = 2,
+        .submenu = "Поиск",
+        .menuTitle = "Перейти к строке…",
+        .keySigns = "⌘L",
+        .linuxKeys = {"Ctrl+L"},
+        .icon = "arrow.right.to.line",
+        .run = goToLine},
 
     Command{.id = "view.toggleSidebar",
         .menu = Menu::view,
@@ -252,6 +325,28 @@ const std::array table = {
         .icon = "",
         .isEnabled = hasSeveralTabs,
         .run = selectNeighbour<-1>},
+    Command{.id = "view.lf",
+        .menu = Menu::view,
+        .group = 2,
+        .submenu = "Переносы строк",
+        .menuTitle = "LF (Unix/Mac)",
+        .keySigns = "",
+        .linuxKeys = {},
+        .icon = "",
+        .isEnabled = isWritable,
+        .isChecked = isLF,
+        .run = useLF},
+    Command{.id = "view.crlf",
+        .menu = Menu::view,
+        .group = 2,
+        .submenu = "Переносы строк",
+        .menuTitle = "CRLF (Windows)",
+        .keySigns = "",
+        .linuxKeys = {},
+        .icon = "",
+        .isEnabled = isWritable,
+        .isChecked = isCRLF,
+        .run = useCRLF},
 };
 
 } // namespace

@@ -15,6 +15,9 @@ public:
     virtual ~Shell() = default;
     virtual PlainTextView* focusedTextView() = 0; ///< null when the focus is elsewhere
     virtual std::vector<Path> chooseFilesToOpen() = 0; ///< modal panel; empty when cancelled
+    /// Modal panel that asks before it returns a file that exists; nothing when cancelled.
+    virtual std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) = 0;
+    virtual void reveal(const Path& file) = 0; ///< shows it selected in the file manager
     virtual void toggleSidebar() = 0;
     virtual void quit() = 0;
 };
@@ -26,11 +29,13 @@ struct Command {
     std::string_view id; ///< stable name, "file.newNote"
     Menu menu{};
     int group = 0; ///< a separator stands between rows of different groups
+    std::string_view submenu = {}; ///< title of the menu within the menu that it stands in, mostly none
     std::string_view menuTitle; ///< Russian, without mnemonic
     std::string_view keySigns; ///< as the texts of the program show it: "⌘N"; empty when it has none
     std::vector<std::string_view> linuxKeys; ///< portable Qt-style key names, the first is shown: {"Ctrl+N"}
     std::string_view icon; ///< symbol name, may be empty
     bool (*isEnabled)(const AppState&, Shell&) = nullptr; ///< null: always
+    bool (*isChecked)(const AppState&) = nullptr; ///< null: nothing to check
     void (*run)(AppState&, Shell&) = nullptr;
 };
 

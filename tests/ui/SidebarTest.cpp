@@ -85,6 +85,8 @@ TEST_F(Sidebar, MenuDuplicatesAndDeletes)
     window.addNote("b", "Вторая");
     window.addNote("a", "Первая");
     window.show();
+    choose(2, "Показать в Finder");
+    EXPECT_EQ(window.revealed(), std::vector<Path>{window.notesFolder() / "b.txt"});
     choose(2, "Дублировать");
     ASSERT_EQ(model().rowCount(), 4);
     const Path doomed = window.app().store.notes->back().url;

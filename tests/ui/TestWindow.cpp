@@ -59,7 +59,7 @@ void TestWindow::show()
         .defaultNotesFolder = notesFolder(),
         .journalFolder = m_folder / "journal",
     });
-    m_view = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard);
+    m_view = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard, m_fileManager);
     m_view->show();
     m_view->activateWindow();
     settle();

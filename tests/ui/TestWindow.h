@@ -11,6 +11,7 @@
 #include "support/ManualScheduler.h"
 #include "support/MemoryDefaults.h"
 #include "support/RecordingAppearance.h"
+#include "support/RecordingFileManager.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingTrash.h"
 #include "support/TestEnvironment.h"
@@ -40,6 +41,7 @@ public:
     ContentView& view() { return *m_view; }
     ManualScheduler& scheduler() { return m_scheduler; }
     const RecordingTrash& trash() const { return m_trash; }
+    const std::vector<Path>& revealed() const { return m_fileManager.revealed; }
     Path notesFolder() const { return m_folder / "Notes"; }
     static std::string contents(const Path& file);
 
@@ -69,6 +71,7 @@ private:
     RecordingAppearance m_appearance;
     InotifyWatching m_watching{m_scheduler, m_files, m_log};
     FakeClipboard m_clipboard;
+    RecordingFileManager m_fileManager;
     RecoveryStore m_recovery;
     DocumentWriter m_writer;
     std::unique_ptr<AppState> m_app;

@@ -5,6 +5,7 @@
 #include "app/window/StatusBarView.h"
 #include "app/window/SymbolButton.h"
 #include "app/window/TabStrip.h"
+#include "app/window/TextButton.h"
 #include "app/window/TextLabel.h"
 
 #include <QAccessibleWidget>
@@ -31,7 +32,7 @@ protected:
 
 class Button final : public Pressable {
 public:
-    explicit Button(SymbolButton* button)
+    explicit Button(QAbstractButton* button)
         : Pressable(button, QAccessible::PushButton)
     {
     }
@@ -44,7 +45,7 @@ public:
     }
 
 private:
-    void press() override { static_cast<SymbolButton*>(object())->click(); }
+    void press() override { static_cast<QAbstractButton*>(object())->click(); }
 };
 
 class Tab final : public Pressable {
@@ -70,8 +71,8 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object)
 {
     if (auto* tab = dynamic_cast<TabItemView*>(object))
         return new Tab(tab);
-    if (auto* button = dynamic_cast<SymbolButton*>(object))
-        return new Button(button);
+    if (dynamic_cast<SymbolButton*>(object) || dynamic_cast<TextButton*>(object))
+        return new Button(static_cast<QAbstractButton*>(object));
     if (auto* strip = dynamic_cast<TabStrip*>(object))
         return new QAccessibleWidget(strip, QAccessible::PageTabList, QStringLiteral("Вкладки"));
     if (auto* bar = dynamic_cast<StatusBarView*>(object))

@@ -3,10 +3,12 @@
 #include "app/Paint.h"
 #include "app/editor/EditorView.h"
 #include "app/window/AccessibleWidgets.h"
+#include "app/window/DroppedFiles.h"
 #include "app/window/EditorArea.h"
+#include "app/window/FilePanels.h"
+#include "app/window/GoToLineView.h"
 #include "app/window/MainMenu.h"
 #include "app/window/NoticeBanner.h"
-#include "app/window/OpenPanel.h"
 #include "app/window/ReadOnlyBanner.h"
 #include "app/window/SidebarView.h"
 #include "app/window/SplitView.h"
@@ -14,6 +16,8 @@
 #include "app/window/TabBarView.h"
 
 #include <QCoreApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -23,6 +27,11 @@ namespace quillmark {
 namespace {
 
 constexpr QSize defaultSize(960, 640);
+
+QString uriList()
+{
+    return QStringLiteral("text/uri-list");
+}
 
 QVBoxLayout* makeColumn(QWidget* parent)
 {
@@ -34,12 +43,14 @@ QVBoxLayout* makeColumn(QWidget* parent)
 
 } // namespace
 
-ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboard)
+ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboard, FileManager& fileManager)
     : m_app(app)
+    , m_fileManager(fileManager)
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setAcceptDrops(true);
     installAccessibleWidgets();
-    m_sidebar = new SidebarView(app, this);
+    m_sidebar = new SidebarView(app, *this, this);
     auto* split = new SplitView(m_sidebar, makeDetail(scheduler, clipboard), this);
     QVBoxLayout* column = makeColumn(this);
     column->setMenuBar(new MainMenu(app, *this, this));
@@ -70,6 +81,7 @@ void ContentView::watch()
     m_connections.push_back(m_app.tabs.onChange([this](const auto&) { watchActiveTab(); }));
     m_connections.push_back(m_app.isReadOnly.onChange([this](bool isReadOnly) { showReadOnly(isReadOnly); }));
     m_connections.push_back(m_app.notice.onChange([this](const auto& text) { showNotice(text); }));
+    m_connections.push_back(m_app.goToLineVisible.onChange([this](bool isShown) { showGoToLine(isShown); }));
     watchActiveTab();
     showReadOnly(m_app.isReadOnly.get());
     showNotice(m_app.notice.get());
@@ -113,6 +125,20 @@ void ContentView::showNotice(const std::optional<std::string>& text)
         m_noticeBanner->setVisible(text.has_value());
 }
 
+void ContentView::showGoToLine(bool isShown)
+{
+    if (isShown && !m_goToLine) {
+        m_goToLine = new GoToLineView(m_app, this);
+        m_goToLine->show();
+        m_goToLine->setFocus(Qt::ShortcutFocusReason);
+    } else if (!isShown && m_goToLine) {
+        m_editorArea->editor().setFocus(Qt::OtherFocusReason);
+        m_goToLine->hide();
+        m_goToLine->deleteLater(); // it may be telling us so
+        m_goToLine = nullptr;
+    }
+}
+
 PlainTextView* ContentView::focusedTextView()
 {
     return focusWidget() == &m_editorArea->editor() ? m_app.textView() : nullptr;
@@ -121,6 +147,19 @@ PlainTextView* ContentView::focusedTextView()
 std::vector<Path> ContentView::chooseFilesToOpen()
 {
     return runOpenPanel(*this, m_app.activeTab());
+}
+
+std::optional<Path> ContentView::chooseFileToSave(const AppState::SaveSuggestion& suggestion)
+{
+    const auto chosen = runSavePanel(*this, m_saveFolder.value_or(suggestion.folder), suggestion);
+    if (chosen)
+        m_saveFolder = chosen->parent_path();
+    return chosen;
+}
+
+void ContentView::reveal(const Path& file)
+{
+    m_fileManager.reveal(file);
 }
 
 void ContentView::toggleSidebar()
@@ -138,6 +177,32 @@ void ContentView::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.fillRect(rect(), color(ThemeColor::background));
     m_wasPainted = true;
+}
+
+void ContentView::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    if (m_goToLine)
+        m_goToLine->place();
+}
+
+void ContentView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (filesInUriList(event->mimeData()->data(uriList())).empty())
+        return event->ignore();
+    event->setDropAction(Qt::CopyAction); // a file that is opened stays where it is
+    event->accept();
+}
+
+void ContentView::dropEvent(QDropEvent* event)
+{
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    for (const Path& file : filesInUriList(event->mimeData()->data(uriList()))) {
+        std::error_code unreadable; // is for the opening to tell of
+        if (!std::filesystem::is_directory(file, unreadable))
+            m_app.openFile(file);
+    }
 }
 
 } // namespace quillmark

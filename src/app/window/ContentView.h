@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/Commands.h"
+#include "platform/FileManager.h"
 
 #include <QWidget>
 
@@ -10,6 +11,7 @@ class QVBoxLayout;
 namespace quillmark {
 
 class EditorArea;
+class GoToLineView;
 class NoticeBanner;
 class SidebarView;
 class TabBarView;
@@ -19,21 +21,27 @@ class ContentView : public QWidget, public Shell {
 
 public:
     /// All of them outlive the window.
-    ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboard);
+    ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboard, FileManager& fileManager);
     ~ContentView() override;
 
     SidebarView& sidebar() { return *m_sidebar; }
     TabBarView& tabBar() { return *m_tabBar; }
     EditorArea& editorArea() { return *m_editorArea; }
+    GoToLineView* goToLineView() { return m_goToLine; } ///< null while it is not shown
     bool wasPainted() const { return m_wasPainted; } ///< at least once
 
     PlainTextView* focusedTextView() override;
     std::vector<Path> chooseFilesToOpen() override;
+    std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) override;
+    void reveal(const Path& file) override;
     void toggleSidebar() override;
     void quit() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     QWidget* makeDetail(Scheduler& scheduler, Clipboard& clipboard);
@@ -41,15 +49,19 @@ private:
     void watchActiveTab();
     void showTitle();
     void showReadOnly(bool isReadOnly);
+    void showGoToLine(bool isShown);
     void showNotice(const std::optional<std::string>& text);
 
     AppState& m_app;
+    FileManager& m_fileManager;
     SidebarView* m_sidebar = nullptr;
     TabBarView* m_tabBar = nullptr;
     QVBoxLayout* m_banners = nullptr;
     QWidget* m_readOnlyBanner = nullptr; ///< the banners are made when first needed
     NoticeBanner* m_noticeBanner = nullptr;
     EditorArea* m_editorArea = nullptr;
+    GoToLineView* m_goToLine = nullptr;
+    std::optional<Path> m_saveFolder; ///< that the user last saved in under another name
     bool m_wasPainted = false;
     std::vector<Connection> m_connections;
     Connection m_titleConnection;

@@ -37,6 +37,7 @@ MainMenu::MainMenu(AppState& app, Shell& shell, QWidget* window)
 void MainMenu::addMenu(Menu menu, const QString& title)
 {
     QMenu* shown = QMenuBar::addMenu(title);
+    QMenu* submenu = nullptr;
     std::optional<int> group;
     for (const Command& command : commands()) {
         if (command.menu != menu)
@@ -44,7 +45,10 @@ void MainMenu::addMenu(Menu menu, const QString& title)
         if (group && *group != command.group)
             shown->addSeparator();
         group = command.group;
-        shown->addAction(makeAction(command));
+        const QString within = QString::fromUtf8(command.submenu);
+        if (!within.isEmpty() && (!submenu || submenu->title() != within))
+            submenu = shown->addMenu(within);
+        (within.isEmpty() ? shown : submenu)->addAction(makeAction(command));
     }
     // Whether a command can run is only shown, never stored: a key must not depend on when a menu was last
     // open.
@@ -58,6 +62,7 @@ QAction* MainMenu::makeAction(const Command& command)
     action->setShortcuts(keySequences(command));
     action->setMenuRole(QAction::NoRole);
     action->setObjectName(QString::fromUtf8(command.id));
+    action->setCheckable(command.isChecked);
     connect(action, &QAction::triggered, this, [this, run = command.run] { run(m_app, m_shell); });
     m_window->addAction(action);
     m_rows.push_back({&command, action});
@@ -66,9 +71,14 @@ QAction* MainMenu::makeAction(const Command& command)
 
 void MainMenu::showEnabled(Menu menu)
 {
-    for (const Row& row : m_rows)
-        if (row.command->menu == menu && row.command->isEnabled)
+    for (const Row& row : m_rows) {
+        if (row.command->menu != menu)
+            continue;
+        if (row.command->isEnabled)
             row.action->setEnabled(row.command->isEnabled(m_app, m_shell));
+        if (row.command->isChecked)
+            row.action->setChecked(row.command->isChecked(m_app));
+    }
 }
 
 void MainMenu::enableAll(Menu menu)

@@ -18,9 +18,10 @@ constexpr double newNoteSymbolBox = 16;
 
 } // namespace
 
-SidebarView::SidebarView(AppState& app, QWidget* parent)
+SidebarView::SidebarView(AppState& app, Shell& shell, QWidget* parent)
     : QWidget(parent)
     , m_app(app)
+    , m_shell(shell)
     , m_search(new SearchField(this))
     , m_model(new SidebarModel(app, this))
     , m_list(new SidebarList(*m_model, this))
@@ -106,6 +107,8 @@ QMenu* SidebarView::makeContextMenu(const QModelIndex& index)
                 run(m_app, Note(*current));
         });
     };
+    addNoteAction(QStringLiteral("Показать в Finder"),
+        [&shell = m_shell](AppState&, const Note& chosen) { shell.reveal(chosen.url); });
     addNoteAction(QStringLiteral("Дублировать"),
         [](AppState& app, const Note& chosen) { app.store.duplicateNote(chosen); });
     menu->addSeparator();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/window/SidebarModel.h"
+#include "core/Commands.h"
 
 #include <QWidget>
 
@@ -16,7 +17,7 @@ class SidebarView : public QWidget {
     Q_OBJECT
 
 public:
-    SidebarView(AppState& app, QWidget* parent);
+    SidebarView(AppState& app, Shell& shell, QWidget* parent);
 
     SearchField& searchField() { return *m_search; }
     SidebarList& list() { return *m_list; }
@@ -33,6 +34,7 @@ private:
     void focusEditor();
 
     AppState& m_app;
+    Shell& m_shell;
     SearchField* m_search;
     SidebarModel* m_model;
     SidebarList* m_list;

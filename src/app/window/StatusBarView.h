@@ -1,13 +1,16 @@
-// The line below the editor: caret position, language, line endings, encoding and whether everything is
-// saved.
+// The line below the editor: how much text there is, caret position, language, line endings, encoding and
+// whether everything is saved.
 #pragma once
 
 #include "app/window/TextLabel.h"
 #include "core/AppState.h"
 
+class QMenu;
+
 namespace quillmark {
 
 class SaveStateLabel;
+class TextButton;
 
 class StatusBarView : public QWidget {
     Q_OBJECT
@@ -15,18 +18,25 @@ class StatusBarView : public QWidget {
 public:
     StatusBarView(AppState& app, QWidget* parent);
 
+    /// All languages; choosing one colours the document as such. Deletes itself when it is closed.
+    QMenu* makeLanguageMenu();
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     TextLabel* addLabel();
-    void watch(AppState& app);
-    void showPosition(const AppState& app);
+    TextButton* addButton(const QString& toolTip);
+    void watch();
+    void showStatistics();
+    void showPosition();
+    void convertLineEndings();
 
-    TextLabel* m_loading;
+    AppState& m_app;
+    TextLabel* m_statistics;
     TextLabel* m_position;
-    TextLabel* m_language;
-    TextLabel* m_lineEndings;
+    TextButton* m_language;
+    TextButton* m_lineEndings;
     TextLabel* m_encoding;
     SaveStateLabel* m_saveState;
     std::vector<Connection> m_connections;
