@@ -175,11 +175,11 @@ Result<WrittenFile> replaceFile(
             .rename = [&](const Path& temporary) { return disk.rename(temporary, target); }});
 }
 
-Result<WrittenFile> createFile(
-    FileSystem& disk, const Path& target, uint32_t mode, const FileContent& content)
+Result<WrittenFile> createFile(FileSystem& disk, const Path& target, uint32_t mode,
+    const FileContent& content, const MayPublish& mayPublish)
 {
     return publish(disk, target.parent_path(), content,
-        {.mode = mode, .prepare = nullptr, .mayPublish = nullptr, .rename = [&](const Path& temporary) {
+        {.mode = mode, .prepare = nullptr, .mayPublish = mayPublish, .rename = [&](const Path& temporary) {
              return disk.renameNoReplace(temporary, target);
          }});
 }

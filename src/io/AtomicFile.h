@@ -36,8 +36,8 @@ Result<WrittenFile> replaceFile(
     FileSystem& disk, const Path& target, const FileContent& content, const MayPublish& mayPublish = nullptr);
 
 /// The content becomes a new file; EEXIST when the name is taken.
-Result<WrittenFile> createFile(
-    FileSystem& disk, const Path& target, uint32_t mode, const FileContent& content);
+Result<WrittenFile> createFile(FileSystem& disk, const Path& target, uint32_t mode,
+    const FileContent& content, const MayPublish& mayPublish = nullptr);
 
 /// The content becomes that of an existing file, in place: after an error the file may be half written.
 Result<WrittenFile> overwriteFile(FileSystem& disk, const Path& target, const FileContent& content);

@@ -97,7 +97,7 @@ Result<SavedFile> DocumentWriter::write(
     if (present && !present->isWritable)
         return systemFailure(EACCES);
     const auto written = present ? replaceFile(m_disk, *target, content, mayPublish)
-                                 : createFile(m_disk, *target, newFileMode, content);
+                                 : createFile(m_disk, *target, newFileMode, content, mayPublish);
     const bool isRefused = !written && (written.error().code == EACCES || written.error().code == EPERM);
     if (present && isRefused)
         return overwrite(content, *target, mayPublish);

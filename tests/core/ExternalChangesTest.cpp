@@ -325,6 +325,18 @@ TEST_F(OpenNote, AnEmptiedNoteThatGotAnotherVersionDoesNotGoToTheTrash)
     EXPECT_EQ(noteText("plan.txt").value_or(noteText("news.txt").value_or("")), "news");
 }
 
+TEST_F(OpenNote, ANoteMadeAgainIsOursEvenIfItsFolderCouldNotBeSynced)
+{
+    disk.erase(note("plan.txt"));
+    type("my ");
+    disk.failOnce(DiskOperation::syncFolder, EIO, notes);
+    scheduler.advance(800ms);
+    type("own ");
+    hear(1min);
+    EXPECT_EQ(shown(), "my own plan");
+    EXPECT_EQ(conflictCopies(), Strings{});
+}
+
 TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)
 {
     type("my ");

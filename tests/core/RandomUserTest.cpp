@@ -179,6 +179,7 @@ private:
 
     void theyWrite(const Path& file, bool asNewFile)
     {
+        scheduler.advance(1ms); // no file system tells two writes of one instant apart
         const int version = -++m_version;
         tell("they write " + std::to_string(version) + " to " + file.native() + (asNewFile ? " (new)" : ""));
         m_seenByOthers += disk.bytes(file).value_or("");
