@@ -1,16 +1,8 @@
 // The whole window on the real disk, on Qt's offscreen platform, with two files of 20 MB: for each thing that
 // a user does, the longest time in milliseconds in which the main thread answered nobody, from the key until
 // all is quiet.
-#include "QtHeartbeat.h"
-#include "QtWindow.h"
+#include "QtDesk.h"
 #include "SampleFile.h"
-#include "app/window/ContentView.h"
-#include "io/InotifyWatching.h"
-#include "io/PosixFileSystem.h"
-#include "support/MemoryDefaults.h"
-#include "support/RecordingAppearance.h"
-#include "support/RecordingLog.h"
-#include "support/RecordingTrash.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,58 +10,6 @@ namespace {
 
 using namespace quillmark;
 using namespace quillmark::bench;
-using namespace std::chrono_literals;
-
-/// The program without its start.
-struct Desk {
-    test::TemporaryFolder home;
-    PosixFileSystem files;
-    QtScheduler scheduler;
-    test::RecordingLog log;
-    test::MemoryDefaults defaults;
-    test::RecordingTrash trash{[](const Path&) {}};
-    test::RecordingAppearance appearance;
-    test::FakeClipboard clipboard;
-    RecoveryStore recovery{files, scheduler, log, home / "recovered"};
-    DocumentWriter writer{files, recovery, scheduler};
-    InotifyWatching watching{scheduler, files, log};
-    AppState app{{.scheduler = scheduler,
-        .files = files,
-        .log = log,
-        .defaults = defaults,
-        .trash = trash,
-        .appearance = appearance,
-        .writer = writer,
-        .recovery = recovery,
-        .watching = watching,
-        .defaultNotesFolder = home / "Notes",
-        .journalFolder = home / "journal"}};
-    ContentView window{app, scheduler, clipboard};
-
-    Desk()
-    {
-        window.resize(1600, 1000);
-        window.show();
-        window.activateWindow();
-        runFor(100ms);
-    }
-    PlainTextView& text() { return *app.textView(); }
-
-    /// Does it, and waits until it is done and what follows from it too.
-    template <class Act> double hold(Act act)
-    {
-        const Heartbeat heartbeat;
-        runFor(5ms);
-        act();
-        runUntil([&] { return !app.isLoading.get(); });
-        runFor(300ms);
-        return heartbeat.longestHold();
-    }
-    double hold(void (PlainTextView::*command)())
-    {
-        return hold([&] { (text().*command)(); });
-    }
-};
 
 void holds(benchmark::State& state)
 {
