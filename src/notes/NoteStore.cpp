@@ -234,7 +234,7 @@ void NoteStore::trashNote(Note note)
         m_services.writeQueue.discard(note.url);
     }
     m_services.trash.recycle(note.url);
-    m_services.known.forget(note.url);
+    m_services.known.rememberMissing(note.url); // also for another record of this path
     Notes rest = notes.get();
     std::erase_if(rest, [&](const Note& other) { return other.id == note.id; });
     notes.set(std::move(rest));

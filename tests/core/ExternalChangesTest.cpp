@@ -337,6 +337,23 @@ TEST_F(OpenNote, ANoteMadeAgainIsOursEvenIfItsFolderCouldNotBeSynced)
     EXPECT_EQ(conflictCopies(), Strings{});
 }
 
+TEST_F(OpenNote, WhatAppearsUnderTheNameOfANewNoteWithoutAFileIsNotReplaced)
+{
+    app->newNote();
+    const Note old = app->store.notes->front();
+    disk.erase(old.url); // nobody has heard of it yet
+    disk.failAlways(DiskOperation::createNew, ENOSPC, notes);
+    app->newNote();
+    ASSERT_EQ(app->store.notes->front().url, old.url);
+    app->deleteNote(old);
+    disk.heal();
+    type("mine");
+    putNote("Untitled.txt", "theirs");
+    scheduler.advance(800ms);
+    EXPECT_EQ(noteText("Untitled.txt"), "theirs");
+    EXPECT_EQ(conflictCopies(), Strings{"mine"});
+}
+
 TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)
 {
     type("my ");
