@@ -3,6 +3,7 @@
 #include "app/Paint.h"
 #include "app/SymbolIcon.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QKeyEvent>
 
@@ -21,8 +22,12 @@ SearchField::SearchField(QWidget* parent)
     setFont(systemFont(textSize));
     setPlaceholderText(QStringLiteral("Поиск"));
     setAccessibleName(placeholderText());
-    addAction(symbolIcon("magnifyingglass"), LeadingPosition);
+    addAction(symbolIcon("magnifyingglass"), LeadingPosition)->setText(placeholderText());
     setClearButtonEnabled(true);
+    for (auto* button : findChildren<QAbstractButton*>()) { // a screen reader asks them what they are
+        if (button->text().isEmpty())
+            button->setAccessibleName(QStringLiteral("Очистить"));
+    }
 }
 
 void SearchField::setQuery(std::string_view query)
