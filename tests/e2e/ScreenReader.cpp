@@ -105,11 +105,12 @@ void ScreenReader::listen()
         g_variant_unref(callOn(m_bus, {registry.program, "/org/a11y/atspi/registry"},
             "org.a11y.atspi.Registry", "RegisterEvent", g_variant_new("(sass)", event, nullptr, "")));
     g_dbus_connection_signal_subscribe(m_bus, nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr,
-        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &ScreenReader::received, this, nullptr);
+        nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &ScreenReader::received, new std::shared_ptr(m_events),
+        [](void* events) { delete static_cast<std::shared_ptr<Events>*>(events); });
 }
 
 void ScreenReader::received(GDBusConnection*, const char* sender, const char* path, const char*,
-    const char* signal, GVariant* arguments, void* self)
+    const char* signal, GVariant* arguments, void* events)
 {
     const char* detail = nullptr;
     GVariant* value = nullptr;
@@ -124,7 +125,7 @@ void ScreenReader::received(GDBusConnection*, const char* sender, const char* pa
     event.text = stringIn(value);
     g_variant_unref(value);
     event.name = *detail ? std::string(signal) + ":" + detail : signal;
-    static_cast<ScreenReader*>(self)->m_events.push_back(std::move(event));
+    (*static_cast<std::shared_ptr<Events>*>(events))->push_back(std::move(event));
 }
 
 std::optional<AccessibleEvent> ScreenReader::waitForEvent(
@@ -134,10 +135,10 @@ std::optional<AccessibleEvent> ScreenReader::waitForEvent(
     eventually(
         [&] {
             while (g_main_context_iteration(nullptr, FALSE)) {}
-            while (!m_events.empty() && !found) {
-                if (m_events.front().name == name && fits(m_events.front()))
-                    found = m_events.front();
-                m_events.pop_front();
+            while (!m_events->empty() && !found) {
+                if (m_events->front().name == name && fits(m_events->front()))
+                    found = m_events->front();
+                m_events->pop_front();
             }
             return found.has_value();
         },

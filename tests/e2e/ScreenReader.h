@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -96,12 +97,14 @@ private:
     GVariant* property(const Accessible& object, const char* interface, const char* name);
     void addTree(const Accessible& object, std::vector<Node>& nodes);
     static void received(GDBusConnection*, const char* sender, const char* path, const char* interface,
-        const char* signal, GVariant* arguments, void* self);
+        const char* signal, GVariant* arguments, void* events);
 
     pid_t m_daemon = 0;
     std::string m_sessionAddress;
     GDBusConnection* m_bus = nullptr;
-    std::deque<AccessibleEvent> m_events;
+    /// Shared with the subscription: the bus may hand over a late event when this object is gone.
+    using Events = std::deque<AccessibleEvent>;
+    std::shared_ptr<Events> m_events = std::make_shared<Events>();
 };
 
 } // namespace quillmark::test
