@@ -11,7 +11,7 @@
 namespace quillmark::test {
 namespace {
 
-constexpr int worlds = 60;
+constexpr int worlds = 20; // a run; each has another seed
 constexpr size_t longest = 300; // of a text in a story
 constexpr int steps = 150; // few enough that the recovery folder drops nothing
 
