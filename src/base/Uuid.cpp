@@ -1,15 +1,38 @@
 #include "base/Uuid.h"
 
 #include <cstdlib>
+#include <span>
 #include <sys/random.h>
 
 namespace quillmark {
+namespace {
+
+/// Random bytes of a thread, fetched from the kernel in the largest portion that it gives at once.
+class RandomBytes {
+public:
+    void take(std::span<uint8_t> into)
+    {
+        if (m_bytes.size() - m_used < into.size()) {
+            if (getentropy(m_bytes.data(), m_bytes.size()) != 0)
+                std::abort(); // a kernel without a random source: ids could collide and overwrite files
+            m_used = 0;
+        }
+        std::memcpy(into.data(), m_bytes.data() + m_used, into.size());
+        m_used += into.size();
+    }
+
+private:
+    std::array<uint8_t, 256> m_bytes;
+    size_t m_used = m_bytes.size();
+};
+
+} // namespace
 
 Uuid Uuid::random()
 {
+    thread_local RandomBytes source;
     Uuid id;
-    if (getentropy(id.bytes.data(), id.bytes.size()) != 0)
-        std::abort(); // a kernel without a random source: identifiers could collide and overwrite files
+    source.take(id.bytes);
     id.bytes[6] = static_cast<uint8_t>((id.bytes[6] & 0x0F) | 0x40);
     id.bytes[8] = static_cast<uint8_t>((id.bytes[8] & 0x3F) | 0x80);
     return id;
