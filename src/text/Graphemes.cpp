@@ -50,11 +50,17 @@ bool joinsSyllable(int32_t before, int32_t after)
     }
 }
 
+/// Two such code points never join: Latin and Cyrillic without marks, a quick answer for most texts.
+constexpr bool standsAlone(char32_t c)
+{
+    return c < 0x300 ? c != '\r' : (c >= 0x400 && c < 0x483) || (c >= 0x48A && c < 0x530);
+}
+
 /// True when there is a boundary between the two, whatever stands around them.
 bool isCertainBoundary(char32_t a, char32_t b)
 {
-    if (a < 0x300 && b < 0x300)
-        return a != '\r' || b != '\n';
+    if (standsAlone(a) && standsAlone(b))
+        return true;
     const int32_t before = clusterBreakOf(a);
     const int32_t after = clusterBreakOf(b);
     if (isControl(before) || isControl(after))

@@ -70,14 +70,6 @@ template <class IsSpace> std::u16string_view trimmedOf(std::u16string_view text,
     return {first, last};
 }
 
-void appendUtf8(std::string& result, char32_t c)
-{
-    char bytes[U8_MAX_LENGTH];
-    int length = 0;
-    U8_APPEND_UNSAFE(bytes, length, static_cast<uint32_t>(c));
-    result.append(bytes, static_cast<size_t>(length));
-}
-
 } // namespace
 
 std::u16string utf16(std::string_view utf8)
@@ -101,13 +93,23 @@ std::u16string utf16(std::string_view utf8)
 
 std::string utf8(std::u16string_view text)
 {
+    const auto unitsFrom = [&](char16_t lowest) {
+        return static_cast<size_t>(
+            std::ranges::count_if(text, [=](char16_t unit) { return unit >= lowest; }));
+    };
+    const size_t most = text.size() + unitsFrom(0x80) + unitsFrom(0x800);
     std::string result;
-    result.reserve(text.size());
-    for (size_t i = 0; i < text.size();) {
-        char32_t c;
-        U16_NEXT(text.data(), i, text.size(), c);
-        appendUtf8(result, U_IS_SURROGATE(c) ? replacementCharacter : c);
-    }
+    result.resize_and_overwrite(most, [&](char* bytes, size_t) {
+        size_t used = 0;
+        for (size_t i = 0; i < text.size();) {
+            char32_t c;
+            U16_NEXT(text.data(), i, text.size(), c);
+            if (U_IS_SURROGATE(c))
+                c = replacementCharacter;
+            U8_APPEND_UNSAFE(bytes, used, c);
+        }
+        return used;
+    });
     return result;
 }
 
