@@ -1,8 +1,11 @@
 #include "io/PosixFileSystem.h"
 
+#include "base/Parallel.h"
 #include "io/PosixFile.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 
 #include <dirent.h>
@@ -68,6 +71,17 @@ Status renameByLink(const Path& from, const Path& to)
     return statusOf(::rename(from.c_str(), to.c_str()));
 }
 
+/// Nothing when there is no such entry any more.
+std::optional<FileInfo> entryInfo(int folder, const char* name)
+{
+    if (const auto info = readInfo(folder, name, AT_STATX_DONT_SYNC))
+        return *info;
+    else if (info.error().code != ENOENT && info.error().code != ELOOP)
+        return FileInfo{}; // it is there, though nothing can be said about it
+    const auto link = readInfo(folder, name, AT_STATX_DONT_SYNC | AT_SYMLINK_NOFOLLOW);
+    return link ? std::optional(*link) : std::nullopt;
+}
+
 } // namespace
 
 Result<std::vector<FolderEntry>> PosixFileSystem::list(const Path& folder)
@@ -78,19 +92,20 @@ Result<std::vector<FolderEntry>> PosixFileSystem::list(const Path& folder)
     std::vector<FolderEntry> entries;
     for (errno = 0; const dirent* entry = readdir(stream.get()); errno = 0) {
         const std::string_view name = entry->d_name;
-        if (name == "." || name == "..")
-            continue;
-        const int descriptor = dirfd(stream.get());
-        auto info = readInfo(descriptor, entry->d_name, AT_STATX_DONT_SYNC);
-        if (!info && info.error().code != ENOENT && info.error().code != ELOOP)
-            info = FileInfo{}; // it is there, though nothing can be said about it
-        else if (!info)
-            info = readInfo(descriptor, entry->d_name, AT_STATX_DONT_SYNC | AT_SYMLINK_NOFOLLOW);
-        if (info)
-            entries.push_back({std::string(name), *info});
+        if (name != "." && name != "..")
+            entries.push_back({std::string(name), {}});
     }
     if (errno != 0)
         return systemFailure(errno);
+    inParallel(entries.size(), [&, descriptor = dirfd(stream.get())](size_t first, size_t end) {
+        for (FolderEntry& entry : std::span(entries).subspan(first, end - first)) {
+            if (const auto info = entryInfo(descriptor, entry.name.c_str()))
+                entry.info = *info;
+            else
+                entry.name.clear();
+        }
+    });
+    std::erase_if(entries, [](const FolderEntry& entry) { return entry.name.empty(); });
     return entries;
 }
 
