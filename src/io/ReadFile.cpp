@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <span>
 
 namespace quillmark {
 namespace {
@@ -130,6 +129,23 @@ Result<FileBytes> readFile(FileSystem& disk, const Path& path, int64_t limit)
     if (!bytes)
         return std::unexpected(bytes.error());
     return FileBytes{.bytes = std::move(*bytes), .info = source->info()};
+}
+
+Result<size_t> readStart(FileSystem& disk, const Path& path, std::span<char> into)
+{
+    const auto file = disk.openForReading(path);
+    if (!file)
+        return std::unexpected(file.error());
+    size_t used = 0;
+    while (used < into.size()) {
+        const auto count = (*file)->read(std::as_writable_bytes(into.subspan(used)));
+        if (!count)
+            return std::unexpected(count.error());
+        if (*count == 0)
+            break;
+        used += *count;
+    }
+    return used;
 }
 
 Result<TextFile> readTextFile(FileSystem& disk, const Path& path, const CancelToken& token)

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 
 namespace quillmark {
@@ -30,6 +31,10 @@ inline constexpr int64_t largestEditableFile = 20 * 1024 * 1024;
 /// device or FIFO, which is never waited for. Any thread; may block on a slow disk.
 Result<FileBytes> readFile(
     FileSystem& disk, const Path& path, int64_t limit = std::numeric_limits<int64_t>::max());
+
+/// The beginning of a regular file, as much as there is room for. Returns how many bytes there were; fails as
+/// readFile does. For looking into many files: asks the disk for nothing else.
+Result<size_t> readStart(FileSystem& disk, const Path& path, std::span<char> into);
 
 /// A whole file decoded. One that may be edited is read once, so that its text is all of one moment; a larger
 /// one is decoded in pieces and read again when it turns out to be in another encoding. ECANCELED soon after

@@ -1,16 +1,15 @@
 #include "notes/NoteFiles.h"
 
+#include "base/Parallel.h"
 #include "io/ReadFile.h"
+#include "io/Utf8.h"
 #include "notes/NoteNames.h"
 
 #include <algorithm>
-#include <thread>
+#include <array>
 
 namespace quillmark {
 namespace {
-
-constexpr size_t manyFiles = 256; ///< from here on threads are worth their start
-constexpr size_t mostThreads = 4;
 
 /// Without the beginning of a UTF-8 sequence whose rest lies behind the end.
 std::string_view withoutCutCharacter(std::string_view bytes)
@@ -28,10 +27,25 @@ std::string_view withoutCutCharacter(std::string_view bytes)
     return bytes;
 }
 
+/// As TextFileReader does; most beginnings are UTF-8 and need no rope.
+std::u16string decoded(std::string_view bytes)
+{
+    std::u16string text;
+    bool isPlain = !bytes.starts_with("\xEF\xBB\xBF") && bytes.find('\r') == bytes.npos;
+    if (isPlain) {
+        text.resize_and_overwrite(bytes.size(), [&](char16_t* units, size_t) {
+            const Utf8Progress done = utf8ToUtf16(bytes, units);
+            isPlain = done.source == bytes.data() + bytes.size();
+            return static_cast<size_t>(done.target - units);
+        });
+    }
+    return isPlain ? text : TextFileReader::decode(bytes).text.text();
+}
+
 Note makeRecord(FileSystem& files, const Path& folder, const FolderEntry& entry)
 {
     Path url = folder / entry.name;
-    auto [title, preview] = titleAndPreview(readLeadingText(files, url, leadingBytes));
+    auto [title, preview] = titleAndPreview(readLeadingText(files, url));
     return {.id = Uuid::random(),
         .url = std::move(url),
         .title = std::move(title),
@@ -44,42 +58,32 @@ Note makeRecord(FileSystem& files, const Path& folder, const FolderEntry& entry)
 
 bool isNoteFile(const FolderEntry& entry)
 {
-    if (entry.name.starts_with('.') || entry.info.kind != FileInfo::Kind::regular)
-        return false;
-    std::string extension = Path(entry.name).extension().native();
-    std::ranges::transform(extension, extension.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return extension == ".txt";
+    constexpr std::string_view extension = ".txt";
+    const std::string_view name = entry.name;
+    return !name.starts_with('.') && entry.info.kind == FileInfo::Kind::regular
+        && name.size() > extension.size()
+        && std::ranges::equal(name.substr(name.size() - extension.size()), extension,
+            [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
 }
 
-std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes)
+std::u16string readLeadingText(FileSystem& files, const Path& file)
 {
-    const auto read = readFile(files, file, maxBytes);
-    if (!read)
+    std::array<char, leadingBytes> buffer;
+    const auto size = readStart(files, file, buffer);
+    if (!size)
         return {};
-    std::string_view bytes = read->bytes;
-    if (static_cast<int64_t>(bytes.size()) == maxBytes)
-        bytes = withoutCutCharacter(bytes);
-    return TextFileReader::decode(bytes).text.text();
+    const std::string_view bytes(buffer.data(), *size);
+    return decoded(bytes.size() == buffer.size() ? withoutCutCharacter(bytes) : bytes);
 }
 
 std::vector<Note> makeRecords(
     FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries)
 {
     std::vector<Note> records(entries.size());
-    const auto make = [&](size_t part, size_t parts) {
-        const size_t end = entries.size() * (part + 1) / parts;
-        for (size_t i = entries.size() * part / parts; i < end; ++i)
+    inParallel(entries.size(), [&](size_t first, size_t end) {
+        for (size_t i = first; i < end; ++i)
             records[i] = makeRecord(files, folder, *entries[i]);
-    };
-    const size_t parts = entries.size() < manyFiles
-        ? 1
-        : std::clamp<size_t>(std::thread::hardware_concurrency(), 1, mostThreads);
-    std::vector<std::jthread> threads;
-    for (size_t part = 1; part < parts; ++part)
-        threads.emplace_back(make, part, parts);
-    make(0, parts);
-    threads.clear(); // waits for them
+    });
     return records;
 }
 

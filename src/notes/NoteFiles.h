@@ -8,13 +8,13 @@
 
 namespace quillmark {
 
-inline constexpr int64_t leadingBytes = 512; ///< of a note that title and preview are taken from
+inline constexpr size_t leadingBytes = 512; ///< of a note that title and preview are taken from
 
 bool isNoteFile(const FolderEntry& entry); ///< not hidden, regular, ".txt" in any case of letters
 
 /// The first bytes of a file as text; empty when it cannot be read. A character that the end cuts is left
 /// out. Any thread.
-std::u16string readLeadingText(FileSystem& files, const Path& file, int64_t maxBytes);
+std::u16string readLeadingText(FileSystem& files, const Path& file);
 
 /// New records of files in a folder, in their order. Reads the files' beginnings, those of many on several
 /// threads.

@@ -2,20 +2,23 @@
 
 #include "io/ReadFile.h"
 
+#include <memory>
+
 namespace quillmark {
 namespace {
 
-constexpr int64_t largestSearched = 2'000'000; // bytes
+constexpr size_t largestSearched = 2'000'000; // bytes
 
-bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url)
+bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url, std::span<char> buffer)
 {
-    const auto read = readFile(files, url, largestSearched + 1);
-    if (!read || static_cast<int64_t>(read->bytes.size()) > largestSearched)
+    const auto size = readStart(files, url, buffer);
+    if (!size || *size > largestSearched)
         return false;
-    const auto answer = query.quickAnswer(read->bytes);
+    const std::string_view bytes(buffer.data(), *size);
+    const auto answer = query.quickAnswer(bytes);
     if (answer != SearchKey::Answer::mayNotSay)
         return answer == SearchKey::Answer::yes;
-    return query.isFoundIn(TextFileReader::decode(read->bytes).text.text());
+    return query.isFoundIn(TextFileReader::decode(bytes).text.text());
 }
 
 } // namespace
@@ -23,11 +26,14 @@ bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url)
 std::vector<Uuid> searchContents(FileSystem& files, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel)
 {
+    // Room for one byte more, which tells that a file is too large. Only what is read into costs memory.
+    constexpr size_t room = largestSearched + 1;
+    const auto buffer = std::make_unique_for_overwrite<char[]>(room);
     std::vector<Uuid> found;
     for (const SearchCandidate& candidate : candidates) {
         if (cancel.isCancelled())
             break;
-        if (isFoundIn(files, query, candidate.url))
+        if (isFoundIn(files, query, candidate.url, {buffer.get(), room}))
             found.push_back(candidate.id);
     }
     return found;

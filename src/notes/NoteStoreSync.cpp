@@ -87,7 +87,7 @@ bool NoteStore::bringUpToDate(Note& note, const FileInfo& file)
         return false;
     note.modifiedAt = file.modified;
     note.byteSize = file.size;
-    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url, leadingBytes));
+    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url));
     // A file that was opened since it changed is known, but its record is not up to date.
     const bool isNew = state != KnownFiles::State::asKnown || note.title != title || note.preview != preview;
     note.title = std::move(title);
