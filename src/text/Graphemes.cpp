@@ -240,8 +240,11 @@ std::u16string_view firstGraphemes(std::u16string_view text, int64_t count)
 {
     UnitReader reader(text);
     int64_t end = 0;
-    for (; count > 0 && end < reader.length(); --count)
-        end = nextGrapheme(reader, end);
+    for (; count > 0 && end < reader.length(); --count) {
+        const bool isAlone
+            = end + 1 < reader.length() && standsAlone(reader[end]) && standsAlone(reader[end + 1]);
+        end = isAlone ? end + 1 : nextGrapheme(reader, end);
+    }
     return text.substr(0, static_cast<size_t>(end));
 }
 
