@@ -1,5 +1,7 @@
 // A notes folder with ten thousand notes, Russian and English, 20 MB in all.
+#include "NotesFolder.h"
 #include "io/PosixFileSystem.h"
+#include "notes/NoteNames.h"
 #include "notes/NoteSearch.h"
 #include "notes/NoteStore.h"
 #include "support/ManualScheduler.h"
@@ -11,7 +13,6 @@
 
 #include <chrono>
 #include <fstream>
-#include <random>
 #include <thread>
 
 namespace {
@@ -20,19 +21,6 @@ using namespace quillmark;
 using Clock = std::chrono::steady_clock;
 
 constexpr int noteCount = 10'000;
-constexpr size_t noteSize = 2'000; // bytes
-
-const std::vector<std::string> words = {"список", "покупок", "молоко", "встреча", "завтра", "в", "и", "на",
-    "План", "работы", "письмо", "идея", "книга", "the", "meeting", "notes", "about", "release", "TODO", "and",
-    "with", "project", "draft", "—", "«цитата»"};
-
-std::string makeNote(std::minstd_rand& random, int number)
-{
-    std::string text = words[random() % words.size()] + " " + std::to_string(number) + "\n";
-    while (text.size() < noteSize)
-        text += words[random() % words.size()] + (random() % 9 == 0 ? "\n" : " ");
-    return text;
-}
 
 struct NoNotices : FileWatching {
     std::unique_ptr<FSWatcher> watchFile(const Path&, std::function<void()>) override { return nullptr; }
@@ -45,9 +33,7 @@ struct Notes {
     {
         std::string name = (std::filesystem::temp_directory_path() / "quillmark-bench-XXXXXX").string();
         folder = mkdtemp(name.data());
-        std::minstd_rand random(1);
-        for (int i = 0; i < noteCount; ++i)
-            std::ofstream(folder / ("note " + std::to_string(i) + ".txt")) << makeNote(random, i);
+        bench::fillWithNotes(folder, noteCount);
         store = std::make_unique<NoteStore>(NoteStoreServices{.scheduler = scheduler,
             .files = disk,
             .log = log,
@@ -120,7 +106,7 @@ void searchFiles(benchmark::State& state)
 {
     std::vector<SearchCandidate> candidates;
     for (const Note& note : notes().store->notes.get())
-        candidates.push_back({note.id, note.url});
+        candidates.push_back({note.id, std::string(fileName(note))});
     const size_t parts = std::clamp(std::thread::hardware_concurrency(), 1U, 4U);
     const SearchKey key(u"Встреча ЗАВТРА");
     for (auto _ : state) {
@@ -130,8 +116,8 @@ void searchFiles(benchmark::State& state)
             threads.emplace_back([&, part] {
                 const size_t first = candidates.size() * part / parts;
                 const size_t count = candidates.size() * (part + 1) / parts - first;
-                found[part] = searchContents(
-                    notes().disk, key, std::span(candidates).subspan(first, count), CancelToken())
+                found[part] = searchContents(notes().disk, notes().folder, key,
+                    std::span(candidates).subspan(first, count), CancelToken())
                                   .size();
             });
         threads.clear();

@@ -59,6 +59,13 @@ public:
         m_changed.emit(m_value);
     }
 
+    /// Lets `change(T&)` change the value in its place, for values that are large; it says whether it did.
+    template <class Change> void modify(Change change)
+    {
+        if (change(m_value))
+            m_changed.emit(m_value);
+    }
+
     /// Calls `slot(const T&)` after every change, for as long as the Connection is kept.
     template <class Slot> [[nodiscard]] Connection onChange(Slot slot)
     {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <numeric>
 
 namespace quillmark {
 namespace {
@@ -87,9 +88,24 @@ std::vector<Note> makeRecords(
     return records;
 }
 
+bool isNewestFirst(const std::vector<Note>& notes)
+{
+    return std::ranges::is_sorted(notes, std::ranges::greater(), &Note::modifiedAt);
+}
+
 void sortNewestFirst(std::vector<Note>& notes)
 {
-    std::ranges::stable_sort(notes, std::ranges::greater(), &Note::modifiedAt);
+    if (isNewestFirst(notes))
+        return;
+    std::vector<size_t> order(notes.size()); // so that each record moves once
+    std::iota(order.begin(), order.end(), size_t{0});
+    std::ranges::stable_sort(
+        order, std::ranges::greater(), [&](size_t place) { return notes[place].modifiedAt; });
+    std::vector<Note> sorted;
+    sorted.reserve(notes.size());
+    for (const size_t place : order)
+        sorted.push_back(std::move(notes[place]));
+    notes = std::move(sorted);
 }
 
 } // namespace quillmark

@@ -21,6 +21,7 @@ std::u16string readLeadingText(FileSystem& files, const Path& file);
 std::vector<Note> makeRecords(
     FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries);
 
+bool isNewestFirst(const std::vector<Note>& notes);
 void sortNewestFirst(std::vector<Note>& notes); ///< stable
 
 } // namespace quillmark

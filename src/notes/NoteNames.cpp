@@ -65,7 +65,8 @@ TitleAndPreview titleAndPreview(std::u16string_view text)
         if (line.empty())
             continue;
         std::u16string rest(text);
-        std::ranges::replace(rest, u'\n', u' ');
+        for (char16_t& unit : rest)
+            unit = unit == u'\n' ? u' ' : unit;
         return {utf8(firstGraphemes(line, titleCharacters)),
             utf8(firstGraphemes(trimmed(rest), previewCharacters))};
     }
@@ -83,6 +84,12 @@ std::string fileBaseName(std::string_view title)
     std::u16string_view result = trimmedHorizontally(name);
     result.remove_prefix(std::min(result.find_first_not_of(u'.'), result.size()));
     return result.empty() ? std::string(untitled) : utf8(result);
+}
+
+std::string_view fileName(const Note& note)
+{
+    const std::string_view path = note.url.native();
+    return path.substr(path.rfind('/') + 1);
 }
 
 std::string fileStem(const Path& url)

@@ -2,7 +2,7 @@
 // a folder that is free. A file name never exceeds the 255 bytes that file systems allow.
 #pragma once
 
-#include "platform/FileSystem.h"
+#include "notes/Note.h"
 
 #include <functional>
 #include <string>
@@ -22,6 +22,8 @@ TitleAndPreview titleAndPreview(std::u16string_view text); ///< of the beginning
 /// The file name without extension that a note with this title should have. Leaves room for a number, "
 /// copy", the suffix of a conflict copy and ".txt", so that none of them has to be cut.
 std::string fileBaseName(std::string_view title);
+
+std::string_view fileName(const Note& note); ///< valid as long as the note's url
 
 /// A file's name without its last extension, as bytes.
 std::string fileStem(const Path& url);

@@ -23,7 +23,7 @@ bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url, std::
 
 } // namespace
 
-std::vector<Uuid> searchContents(FileSystem& files, const SearchKey& query,
+std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel)
 {
     // Room for one byte more, which tells that a file is too large. Only what is read into costs memory.
@@ -33,7 +33,7 @@ std::vector<Uuid> searchContents(FileSystem& files, const SearchKey& query,
     for (const SearchCandidate& candidate : candidates) {
         if (cancel.isCancelled())
             break;
-        if (isFoundIn(files, query, candidate.url, {buffer.get(), room}))
+        if (isFoundIn(files, query, folder / candidate.name, {buffer.get(), room}))
             found.push_back(candidate.id);
     }
     return found;

@@ -7,6 +7,7 @@
 #include "text/SearchKey.h"
 
 #include <span>
+#include <string>
 #include <vector>
 
 namespace quillmark {
@@ -14,12 +15,12 @@ namespace quillmark {
 /// A note to look into.
 struct SearchCandidate {
     Uuid id;
-    Path url;
+    std::string name; ///< of its file
 };
 
 /// The ids of those whose files contain the query. Files that cannot be read or are larger than 2,000,000
 /// bytes count as not matching. Looks at `cancel` before each file, and then returns what it has. Any thread.
-std::vector<Uuid> searchContents(FileSystem& files, const SearchKey& query,
+std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel);
 
 } // namespace quillmark

@@ -99,46 +99,47 @@ void NoteStore::reloadNotes()
                 noteFiles.push_back(&entry);
         }
     }
-    Notes listed = makeRecords(m_services.files, folderURL.get(), noteFiles);
-    sortNewestFirst(listed);
-    notes.set(std::move(listed));
+    std::ranges::stable_sort( // before they become records, which are larger to move about
+        noteFiles, std::ranges::greater(), [](const FolderEntry* entry) { return entry->info.modified; });
+    notes.set(makeRecords(m_services.files, folderURL.get(), noteFiles));
 }
 
 // ---- Records
 
 void NoteStore::insertInFront(Note note)
 {
-    Notes all;
-    all.reserve(notes->size() + 1);
-    all.push_back(std::move(note));
-    std::ranges::copy(notes.get(), std::back_inserter(all));
-    notes.set(std::move(all));
+    notes.modify([&](Notes& all) {
+        all.insert(all.begin(), std::move(note));
+        return true;
+    });
 }
 
 void NoteStore::update(const Note& note)
 {
-    Notes all = notes.get();
-    const auto place = std::ranges::find(all, note.id, &Note::id);
-    if (place == all.end())
-        return;
-    *place = note;
-    notes.set(std::move(all));
+    notes.modify([&](Notes& all) {
+        const auto place = std::ranges::find(all, note.id, &Note::id);
+        if (place == all.end() || *place == note)
+            return false;
+        *place = note;
+        return true;
+    });
 }
 
 void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
 {
-    Notes all = notes.get();
-    const auto note = std::ranges::find(all, id, &Note::id);
-    if (note == all.end())
+    if (!find(id))
         return;
-    auto [title, preview] = titleAndPreviewOf(text);
-    note->title = std::move(title);
-    note->preview = std::move(preview);
-    note->modifiedAt = m_services.scheduler.wallNow();
-    note->byteSize = byteSize;
     m_unmade.erase(id);
-    sortNewestFirst(all);
-    notes.set(std::move(all));
+    notes.modify([&](Notes& all) {
+        Note& note = *std::ranges::find(all, id, &Note::id);
+        auto [title, preview] = titleAndPreviewOf(text);
+        note.title = std::move(title);
+        note.preview = std::move(preview);
+        note.modifiedAt = m_services.scheduler.wallNow();
+        note.byteSize = byteSize;
+        sortNewestFirst(all);
+        return true;
+    });
     scheduleRename(id);
 }
 
@@ -235,9 +236,9 @@ void NoteStore::trashNote(Note note)
     }
     m_services.trash.recycle(note.url);
     m_services.known.rememberMissing(note.url); // also for another record of this path
-    Notes rest = notes.get();
-    std::erase_if(rest, [&](const Note& other) { return other.id == note.id; });
-    notes.set(std::move(rest));
+    notes.modify([&](Notes& all) {
+        return std::erase_if(all, [&](const Note& other) { return other.id == note.id; }) > 0;
+    });
 }
 
 std::optional<Note> NoteStore::duplicateNote(Note note)

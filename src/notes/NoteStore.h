@@ -64,7 +64,7 @@ public:
     /// The notes whose title, preview or file contains the query, in the order of `notes`. Files are searched
     /// in the background, 0.2 s after the last call; titles and previews match at once.
     void updateSearchQuery(std::string_view text);
-    Notes filteredNotes() const;
+    std::vector<const Note*> filteredNotes() const; ///< valid until `notes` changes
     bool matchesSearch(const Note& note) const; ///< is among them
 
     // Other programs in the folder.
@@ -108,7 +108,8 @@ private:
     void startContentSearch();
     void startWatchingFolder();
     bool isOnItsWay(const Note& note) const;
-    bool bringUpToDate(Note& note, const FileInfo& file);
+    enum class Update { none, own, other }; ///< of a record: whether another program changed the file
+    Update bringUpToDate(Note& note, const FileInfo& file);
     void scheduleRename(Uuid id);
     Result<Path> makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make);
     Status moveToName(const Note& note, std::string_view baseName);

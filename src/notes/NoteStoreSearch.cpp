@@ -1,6 +1,7 @@
 // The query of the sidebar's field and the notes that match it.
 #include "notes/NoteStore.h"
 
+#include "notes/NoteNames.h"
 #include "notes/NoteSearch.h"
 #include "text/Unicode.h"
 
@@ -24,20 +25,20 @@ struct Found {
 
 } // namespace
 
-NoteStore::Notes NoteStore::filteredNotes() const
+std::vector<const Note*> NoteStore::filteredNotes() const
 {
-    if (m_searchKey.isEmpty())
-        return notes.get();
-    Notes result;
-    std::ranges::copy_if(
-        notes.get(), std::back_inserter(result), [&](const Note& note) { return matchesSearch(note); });
+    std::vector<const Note*> result;
+    result.reserve(notes->size());
+    for (const Note& note : notes.get())
+        if (matchesSearch(note))
+            result.push_back(&note);
     return result;
 }
 
 bool NoteStore::matchesSearch(const Note& note) const
 {
-    return m_searchKey.isEmpty() || m_searchKey.isFoundInUtf8(note.title)
-        || m_searchKey.isFoundInUtf8(note.preview) || contentMatchIDs->contains(note.id);
+    return m_searchKey.isEmpty() || contentMatchIDs->contains(note.id)
+        || m_searchKey.isFoundInUtf8(note.title) || m_searchKey.isFoundInUtf8(note.preview);
 }
 
 void NoteStore::updateSearchQuery(std::string_view text)
@@ -61,7 +62,7 @@ void NoteStore::startContentSearch()
     std::vector<SearchCandidate> candidates;
     candidates.reserve(notes->size());
     for (const Note& note : notes.get())
-        candidates.push_back({note.id, note.url});
+        candidates.push_back({note.id, std::string(fileName(note))});
     const auto all = std::make_shared<const std::vector<SearchCandidate>>(std::move(candidates));
     const size_t parts = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, mostParts);
     const auto found = std::make_shared<Found>(Found{.partsLeft = parts, .ids = {}});
@@ -70,8 +71,9 @@ void NoteStore::startContentSearch()
         const size_t count = all->size() * (part + 1) / parts - first;
         m_searchTasks.push_back(m_services.scheduler.background(
             Priority::userInitiated,
-            [&files = m_services.files, key = m_searchKey, all, first, count](const CancelToken& cancel) {
-                return searchContents(files, key, std::span(*all).subspan(first, count), cancel);
+            [&files = m_services.files, folder = folderURL.get(), key = m_searchKey, all, first, count](
+                const CancelToken& cancel) {
+                return searchContents(files, folder, key, std::span(*all).subspan(first, count), cancel);
             },
             [this, found](const std::vector<Uuid>& ids) {
                 found->ids.insert(ids.begin(), ids.end());

@@ -39,33 +39,43 @@ void NoteStore::syncWithDisk()
 {
     m_syncTask.cancel();
     const auto entries = m_services.files.list(folderURL.get());
-    Files files; ///< empty when there is no folder
+    Files files; ///< empty when there is no folder; in the end those that are no notes yet
     if (entries) {
+        files.reserve(entries->size());
         for (const FolderEntry& entry : *entries) {
             if (isNoteFile(entry))
                 files.emplace(entry.name, &entry);
         }
     }
 
-    Notes kept;
-    kept.reserve(files.size());
     std::vector<Uuid> changedIDs;
     std::vector<Uuid> removedIDs;
-    for (const Note& note : notes.get()) {
-        auto file = files.extract(note.url.filename().native());
-        if (file.empty() && isOnItsWay(note))
-            kept.push_back(note);
-        else if (file.empty())
-            removedIDs.push_back(note.id);
-        else if (bringUpToDate(kept.emplace_back(note), file.mapped()->info))
-            changedIDs.push_back(note.id);
-    }
-    std::vector<const FolderEntry*> newFiles;
-    for (const auto& [name, entry] : files)
-        newFiles.push_back(entry);
-    std::ranges::move(makeRecords(m_services.files, folderURL.get(), newFiles), std::back_inserter(kept));
-    sortNewestFirst(kept);
-    notes.set(std::move(kept));
+    notes.modify([&](Notes& all) {
+        bool isChanged = false;
+        size_t kept = 0;
+        for (Note& note : all) {
+            const auto file = files.extract(fileName(note));
+            if (file.empty() && !isOnItsWay(note)) {
+                removedIDs.push_back(note.id);
+                continue;
+            }
+            const Update what = file ? bringUpToDate(note, file.mapped()->info) : Update::none;
+            isChanged |= what != Update::none;
+            if (what == Update::other)
+                changedIDs.push_back(note.id);
+            if (&all[kept] != &note)
+                all[kept] = std::move(note);
+            ++kept;
+        }
+        all.resize(kept);
+        std::vector<const FolderEntry*> newFiles;
+        for (const auto& [name, entry] : files)
+            newFiles.push_back(entry);
+        std::ranges::move(makeRecords(m_services.files, folderURL.get(), newFiles), std::back_inserter(all));
+        isChanged |= !removedIDs.empty() || !newFiles.empty() || !isNewestFirst(all);
+        sortNewestFirst(all);
+        return isChanged;
+    });
     if (onExternalChanges && !(changedIDs.empty() && removedIDs.empty()))
         onExternalChanges(changedIDs, removedIDs);
 }
@@ -76,15 +86,15 @@ bool NoteStore::isOnItsWay(const Note& note) const
     return m_services.writeQueue.pendingText(note.url).has_value() || m_unmade.contains(note.id);
 }
 
-/// True when another program has changed the file. A save of our own, finished or queued, is not one.
-bool NoteStore::bringUpToDate(Note& note, const FileInfo& file)
+/// A save of our own, finished or queued, is not a change by another program.
+NoteStore::Update NoteStore::bringUpToDate(Note& note, const FileInfo& file)
 {
     if (m_services.writeQueue.pendingText(note.url))
-        return false;
+        return Update::none;
     const auto state = m_services.known.stateOf(m_services.files, note.url, file);
     const bool isOther = state == KnownFiles::State::changed && note.modifiedAt != file.modified;
     if (!isOther && !differs(note, file))
-        return false;
+        return Update::none;
     note.modifiedAt = file.modified;
     note.byteSize = file.size;
     auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url));
@@ -92,7 +102,7 @@ bool NoteStore::bringUpToDate(Note& note, const FileInfo& file)
     const bool isNew = state != KnownFiles::State::asKnown || note.title != title || note.preview != preview;
     note.title = std::move(title);
     note.preview = std::move(preview);
-    return isNew;
+    return isNew ? Update::other : Update::own;
 }
 
 } // namespace quillmark

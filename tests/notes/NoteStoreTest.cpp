@@ -547,8 +547,8 @@ struct NoteSearchTest : NoteStoreTest {
     Names shown() const
     {
         Names names;
-        for (const Note& note : store->filteredNotes())
-            names.push_back(note.url.stem());
+        for (const Note* note : store->filteredNotes())
+            names.push_back(note->url.stem());
         std::ranges::sort(names);
         return names;
     }

@@ -46,10 +46,11 @@ void SidebarModel::rowsChanged()
 std::vector<SidebarModel::ShownNote> SidebarModel::shownNotes() const
 {
     const NoteStore& store = m_app.store;
+    const std::vector<const Note*> notes = store.filteredNotes();
     std::vector<ShownNote> shown;
-    for (size_t place = 0; place < store.notes->size(); ++place)
-        if (const Note& note = store.notes->at(place); store.matchesSearch(note))
-            shown.push_back({note.id, place});
+    shown.reserve(notes.size());
+    for (const Note* note : notes)
+        shown.push_back({note->id, size_t(note - store.notes->data())});
     return shown;
 }
 
