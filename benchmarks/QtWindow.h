@@ -13,6 +13,16 @@
 
 namespace quillmark::bench {
 
+/// What Qt's offscreen platform says for every window that is shown is no news.
+inline void keepOffscreenQuiet()
+{
+    static const QtMessageHandler others
+        = qInstallMessageHandler([](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+              if (text != QLatin1String("This plugin does not support propagateSizeHints()"))
+                  others(type, context, text);
+          });
+}
+
 inline void startToolkit()
 {
     static int count = 1;
@@ -20,6 +30,7 @@ inline void startToolkit()
     static char* arguments[] = {name, nullptr};
     if (!QCoreApplication::instance()) {
         setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        keepOffscreenQuiet();
         new QApplication(count, arguments); // to the end of the process: the toolkit is started once
     }
 }
