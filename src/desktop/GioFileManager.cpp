@@ -1,24 +1,12 @@
 #include "desktop/GioFileManager.h"
 
-#include <gio/gio.h>
-
-#include <memory>
-#include <string>
+#include "desktop/Owned.h"
 
 namespace quillmark {
 
 namespace {
 
 constexpr int answerTimeout = 10'000; // ms: the file manager may have to start
-
-struct Release {
-    void operator()(GDBusConnection* bus) const { g_object_unref(bus); }
-    void operator()(GVariant* value) const { g_variant_unref(value); }
-    void operator()(GError* error) const { g_error_free(error); }
-    void operator()(char* text) const { g_free(text); }
-};
-
-template <class T> using Owned = std::unique_ptr<T, Release>;
 
 Owned<char> uriOf(const std::filesystem::path& path)
 {
@@ -50,7 +38,7 @@ std::string showInFileManager(const std::filesystem::path& file)
     GError* error = nullptr;
     if (g_app_info_launch_default_for_uri(folder.get(), nullptr, &error))
         return {};
-    return Owned<GError>(error)->message;
+    return takeMessage(error);
 }
 
 GioFileManager::GioFileManager(Scheduler& scheduler, Log& log)

@@ -1,6 +1,7 @@
 #include "desktop/GioTrash.h"
 
-#include <gio/gio.h>
+#include "desktop/Owned.h"
+#include "io/Descriptor.h"
 
 #include <cerrno>
 #include <cstring>
@@ -8,37 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <memory>
-
 namespace quillmark {
 
 namespace {
-
-struct Release {
-    void operator()(GFile* file) const { g_object_unref(file); }
-    void operator()(GError* error) const { g_error_free(error); }
-};
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0)
-            close(m_descriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return m_descriptor; }
-    bool isOpen() const { return m_descriptor >= 0; }
-
-private:
-    const int m_descriptor;
-};
 
 bool copyAll(int from, int to)
 {
@@ -65,7 +38,7 @@ std::string restore(int bytes, const struct stat& info, const std::filesystem::p
 {
     const Descriptor target(
         open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, info.st_mode & 07777));
-    const bool restored = target.isOpen() && copyAll(bytes, target.get()) && fsync(target.get()) == 0;
+    const bool restored = target.isOpen() && copyAll(bytes, target.number()) && fsync(target.number()) == 0;
     return restored ? "the wastebasket destroyed the file; it was written anew"
                     : std::string("the wastebasket destroyed the file, and writing it anew failed: ")
             + std::strerror(errno);
@@ -79,18 +52,16 @@ std::string moveToTrash(const std::filesystem::path& path)
     // target.
     const Descriptor kept(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
 
-    const std::unique_ptr<GFile, Release> file(g_file_new_for_path(path.c_str()));
+    const Owned<GFile> file(g_file_new_for_path(path.c_str()));
     GError* error = nullptr;
-    if (!g_file_trash(file.get(), nullptr, &error)) {
-        const std::unique_ptr<GError, Release> owned(error);
-        return owned->message;
-    }
+    if (!g_file_trash(file.get(), nullptr, &error))
+        return takeMessage(error);
 
     struct stat left{};
     struct stat moved{};
-    const bool known = kept.isOpen() && fstat(kept.get(), &moved) == 0;
+    const bool known = kept.isOpen() && fstat(kept.number(), &moved) == 0;
     if (known && moved.st_nlink == 0 && S_ISREG(moved.st_mode))
-        return restore(kept.get(), moved, path);
+        return restore(kept.number(), moved, path);
     if (known && lstat(path.c_str(), &left) == 0 && left.st_ino == moved.st_ino
         && left.st_dev == moved.st_dev)
         return "the wastebasket reported success, but the file is still there";

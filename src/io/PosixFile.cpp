@@ -57,12 +57,6 @@ void copyExtendedAttributes(const Path& model, int descriptor)
 
 } // namespace
 
-Descriptor::~Descriptor()
-{
-    if (isOpen())
-        close(m_number);
-}
-
 bool permitsWriting(const FileInfo& info, uint32_t group)
 {
     static const uid_t user = geteuid(); // asked once: a listing comes here for every entry

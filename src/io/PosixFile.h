@@ -1,34 +1,14 @@
 // An open file of the real disk, and what the kernel's record of a file means to us.
 #pragma once
 
+#include "io/Descriptor.h"
 #include "platform/FileSystem.h"
 
 #include <cerrno>
-#include <utility>
 
 struct statx;
 
 namespace quillmark {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number)
-        : m_number(number)
-    {
-    }
-    Descriptor(Descriptor&& other) noexcept
-        : m_number(std::exchange(other.m_number, -1))
-    {
-    }
-    Descriptor& operator=(Descriptor&&) = delete;
-    ~Descriptor();
-
-    int number() const { return m_number; }
-    bool isOpen() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 /// Repeats a system call that a signal interrupts.
 template <class Call> auto retried(Call call)

@@ -17,59 +17,32 @@ constexpr const char* editableTextInterface = "org.a11y.atspi.EditableText";
 
 const Accessible registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
 
-std::string wordsOf(GError* error)
-{
-    std::string words = error ? error->message : "unknown";
-    g_clear_error(&error);
-    return words;
-}
-
-GDBusConnection* connectTo(const std::string& address)
+Owned<GDBusConnection> connectTo(const std::string& address)
 {
     GError* error = nullptr;
     auto flags = static_cast<GDBusConnectionFlags>(
         G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    GDBusConnection* bus
-        = g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, &error);
+    Owned<GDBusConnection> bus(
+        g_dbus_connection_new_for_address_sync(address.c_str(), flags, nullptr, nullptr, &error));
     if (!bus)
-        throw std::runtime_error("bus: " + wordsOf(error));
+        throw std::runtime_error("bus: " + takeMessage(error));
     return bus;
 }
 
-GVariant* callOn(GDBusConnection* bus, const Accessible& object, const char* interface, const char* method,
-    GVariant* arguments)
+Owned<GVariant> callOn(GDBusConnection* bus, const Accessible& object, const char* interface,
+    const char* method, GVariant* arguments)
 {
     GError* error = nullptr;
-    GVariant* answer = g_dbus_connection_call_sync(bus, object.program.c_str(), object.path.c_str(),
-        interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, callLimit, nullptr, &error);
+    Owned<GVariant> answer(g_dbus_connection_call_sync(bus, object.program.c_str(), object.path.c_str(),
+        interface, method, arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, callLimit, nullptr, &error));
     if (!answer)
-        throw std::runtime_error(std::string(method) + ": " + wordsOf(error));
+        throw std::runtime_error(std::string(method) + ": " + takeMessage(error));
     return answer;
 }
 
-/// The parts of a tuple; takes the reference.
-template <class... Parts> void read(GVariant* tuple, const char* format, Parts*... parts)
+template <class... Parts> void read(const Owned<GVariant>& tuple, const char* format, Parts*... parts)
 {
-    g_variant_get(tuple, format, parts...);
-    g_variant_unref(tuple);
-}
-
-std::string readString(GVariant* tuple)
-{
-    char* text = nullptr;
-    read(tuple, "(s)", &text);
-    std::string result = text;
-    g_free(text);
-    return result;
-}
-
-std::string stringIn(GVariant* boxed) ///< empty for anything but a string
-{
-    GVariant* inner = g_variant_get_variant(boxed);
-    std::string result
-        = g_variant_is_of_type(inner, G_VARIANT_TYPE_STRING) ? g_variant_get_string(inner, nullptr) : "";
-    g_variant_unref(inner);
-    return result;
+    g_variant_get(tuple.get(), format, parts...);
 }
 
 } // namespace
@@ -85,16 +58,17 @@ ScreenReader::ScreenReader(const std::filesystem::path& runFolder, const XServer
         .quiet = true});
     if (!eventually([&] { return std::filesystem::exists(runFolder / "session"); }, eventLimit))
         throw std::runtime_error("no session bus");
-    GDBusConnection* session = connectTo(socket);
-    const std::string address = readString(
-        callOn(session, {"org.a11y.Bus", "/org/a11y/bus"}, "org.a11y.Bus", "GetAddress", nullptr));
-    g_object_unref(session);
+    const auto session = connectTo(socket);
+    const char* address = nullptr;
+    const auto answer
+        = callOn(session.get(), {"org.a11y.Bus", "/org/a11y/bus"}, "org.a11y.Bus", "GetAddress", nullptr);
+    read(answer, "(&s)", &address);
     m_bus = connectTo(address);
 }
 
 ScreenReader::~ScreenReader()
 {
-    g_object_unref(m_bus);
+    m_bus.reset();
     killAndWait(m_daemon); // the accessibility bus ends with it
 }
 
@@ -102,9 +76,9 @@ void ScreenReader::listen()
 {
     for (const char* event :
         {"Object:TextChanged", "Object:TextCaretMoved", "Object:TextSelectionChanged", "Object:StateChanged"})
-        g_variant_unref(callOn(m_bus, {registry.program, "/org/a11y/atspi/registry"},
-            "org.a11y.atspi.Registry", "RegisterEvent", g_variant_new("(sass)", event, nullptr, "")));
-    g_dbus_connection_signal_subscribe(m_bus, nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr,
+        callOn(m_bus.get(), {registry.program, "/org/a11y/atspi/registry"}, "org.a11y.atspi.Registry",
+            "RegisterEvent", g_variant_new("(sass)", event, nullptr, ""));
+    g_dbus_connection_signal_subscribe(m_bus.get(), nullptr, "org.a11y.atspi.Event.Object", nullptr, nullptr,
         nullptr, G_DBUS_SIGNAL_FLAGS_NONE, &ScreenReader::received, new std::shared_ptr(m_events),
         [](void* events) { delete static_cast<std::shared_ptr<Events>*>(events); });
 }
@@ -113,7 +87,6 @@ void ScreenReader::received(GDBusConnection*, const char* sender, const char* pa
     const char* signal, GVariant* arguments, void* events)
 {
     const char* detail = nullptr;
-    GVariant* value = nullptr;
     AccessibleEvent event;
     event.source = {sender, path};
     if (g_variant_n_children(arguments) < 4)
@@ -121,9 +94,10 @@ void ScreenReader::received(GDBusConnection*, const char* sender, const char* pa
     g_variant_get_child(arguments, 0, "&s", &detail);
     g_variant_get_child(arguments, 1, "i", &event.first);
     g_variant_get_child(arguments, 2, "i", &event.second);
-    value = g_variant_get_child_value(arguments, 3);
-    event.text = stringIn(value);
-    g_variant_unref(value);
+    const Owned<GVariant> boxed(g_variant_get_child_value(arguments, 3));
+    if (const Owned<GVariant> value(g_variant_get_variant(boxed.get()));
+        g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING))
+        event.text = g_variant_get_string(value.get(), nullptr);
     event.name = *detail ? std::string(signal) + ":" + detail : signal;
     (*static_cast<std::shared_ptr<Events>*>(events))->push_back(std::move(event));
 }
@@ -146,18 +120,18 @@ std::optional<AccessibleEvent> ScreenReader::waitForEvent(
     return found;
 }
 
-GVariant* ScreenReader::call(
+Owned<GVariant> ScreenReader::call(
     const Accessible& object, const char* interface, const char* method, GVariant* arguments)
 {
-    return callOn(m_bus, object, interface, method, arguments);
+    return callOn(m_bus.get(), object, interface, method, arguments);
 }
 
-GVariant* ScreenReader::property(const Accessible& object, const char* interface, const char* name)
+Owned<GVariant> ScreenReader::property(const Accessible& object, const char* interface, const char* name)
 {
-    GVariant* boxed = nullptr;
+    GVariant* value = nullptr;
     read(call(object, "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", interface, name)),
-        "(v)", &boxed);
-    return boxed;
+        "(v)", &value);
+    return Owned<GVariant>(value);
 }
 
 // The tree
@@ -171,16 +145,15 @@ void ScreenReader::addTree(const Accessible& object, std::vector<Node>& nodes)
     read(call(object, accessibleInterface, "GetRole", nullptr), "(u)", &node.role);
     node.name = name(object);
     nodes.push_back(node);
-    GVariant* answer = call(object, accessibleInterface, "GetChildren", nullptr);
     GVariantIter* children = nullptr;
-    g_variant_get(answer, "(a(so))", &children);
+    const auto answer = call(object, accessibleInterface, "GetChildren", nullptr);
+    read(answer, "(a(so))", &children);
     const char* program = nullptr;
     const char* path = nullptr;
     while (g_variant_iter_loop(children, "(&s&o)", &program, &path))
         if (std::string_view(path) != "/org/a11y/atspi/null")
             addTree({program, path}, nodes);
     g_variant_iter_free(children);
-    g_variant_unref(answer);
 }
 
 std::vector<ScreenReader::Node> ScreenReader::tree()
@@ -209,21 +182,16 @@ std::optional<Accessible> ScreenReader::waitFor(Role role)
 
 std::string ScreenReader::name(const Accessible& object)
 {
-    GVariant* value = property(object, accessibleInterface, "Name");
-    std::string result = g_variant_get_string(value, nullptr);
-    g_variant_unref(value);
-    return result;
+    return g_variant_get_string(property(object, accessibleInterface, "Name").get(), nullptr);
 }
 
 bool ScreenReader::has(const Accessible& object, State state)
 {
-    GVariant* answer = call(object, accessibleInterface, "GetState", nullptr);
-    GVariant* words = g_variant_get_child_value(answer, 0);
+    const Owned<GVariant> words(
+        g_variant_get_child_value(call(object, accessibleInterface, "GetState", nullptr).get(), 0));
     const auto number = static_cast<uint32_t>(state);
     uint32_t word = 0;
-    g_variant_get_child(words, number / 32, "u", &word);
-    g_variant_unref(words);
-    g_variant_unref(answer);
+    g_variant_get_child(words.get(), number / 32, "u", &word);
     return word >> (number % 32) & 1;
 }
 
@@ -231,39 +199,36 @@ bool ScreenReader::has(const Accessible& object, State state)
 
 std::string ScreenReader::text(const Accessible& object, int start, int end)
 {
-    return readString(call(object, textInterface, "GetText", g_variant_new("(ii)", start, end)));
+    const char* text = nullptr;
+    const auto answer = call(object, textInterface, "GetText", g_variant_new("(ii)", start, end));
+    read(answer, "(&s)", &text);
+    return text;
 }
 
 ScreenReader::Answer ScreenReader::textAt(const Accessible& object, int offset, uint32_t boundary)
 {
-    Answer answer;
-    char* text = nullptr;
-    read(call(object, textInterface, "GetTextAtOffset", g_variant_new("(iu)", offset, boundary)), "(sii)",
-        &text, &answer.start, &answer.end);
-    answer.text = text;
-    g_free(text);
-    return answer;
+    Answer found;
+    const char* text = nullptr;
+    const auto answer
+        = call(object, textInterface, "GetTextAtOffset", g_variant_new("(iu)", offset, boundary));
+    read(answer, "(&sii)", &text, &found.start, &found.end);
+    found.text = text;
+    return found;
 }
 
 int ScreenReader::characterCount(const Accessible& object)
 {
-    GVariant* value = property(object, textInterface, "CharacterCount");
-    const int count = g_variant_get_int32(value);
-    g_variant_unref(value);
-    return count;
+    return g_variant_get_int32(property(object, textInterface, "CharacterCount").get());
 }
 
 int ScreenReader::caret(const Accessible& object)
 {
-    GVariant* value = property(object, textInterface, "CaretOffset");
-    const int offset = g_variant_get_int32(value);
-    g_variant_unref(value);
-    return offset;
+    return g_variant_get_int32(property(object, textInterface, "CaretOffset").get());
 }
 
 void ScreenReader::setCaret(const Accessible& object, int offset)
 {
-    g_variant_unref(call(object, textInterface, "SetCaretOffset", g_variant_new("(i)", offset)));
+    call(object, textInterface, "SetCaretOffset", g_variant_new("(i)", offset));
 }
 
 std::optional<std::pair<int, int>> ScreenReader::selection(const Accessible& object)
@@ -280,13 +245,12 @@ std::optional<std::pair<int, int>> ScreenReader::selection(const Accessible& obj
 
 void ScreenReader::insert(const Accessible& object, int offset, const std::string& text, int count)
 {
-    g_variant_unref(call(
-        object, editableTextInterface, "InsertText", g_variant_new("(isi)", offset, text.c_str(), count)));
+    call(object, editableTextInterface, "InsertText", g_variant_new("(isi)", offset, text.c_str(), count));
 }
 
 void ScreenReader::remove(const Accessible& object, int start, int end)
 {
-    g_variant_unref(call(object, editableTextInterface, "DeleteText", g_variant_new("(ii)", start, end)));
+    call(object, editableTextInterface, "DeleteText", g_variant_new("(ii)", start, end));
 }
 
 } // namespace quillmark::test

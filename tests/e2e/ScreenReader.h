@@ -3,8 +3,7 @@
 #pragma once
 
 #include "EndToEnd.h"
-
-#include <gio/gio.h>
+#include "desktop/Owned.h"
 
 #include <cstdint>
 #include <deque>
@@ -93,15 +92,16 @@ public:
         const std::string& name, const std::function<bool(const AccessibleEvent&)>& fits);
 
 private:
-    GVariant* call(const Accessible& object, const char* interface, const char* method, GVariant* arguments);
-    GVariant* property(const Accessible& object, const char* interface, const char* name);
+    Owned<GVariant> call(
+        const Accessible& object, const char* interface, const char* method, GVariant* arguments);
+    Owned<GVariant> property(const Accessible& object, const char* interface, const char* name);
     void addTree(const Accessible& object, std::vector<Node>& nodes);
     static void received(GDBusConnection*, const char* sender, const char* path, const char* interface,
         const char* signal, GVariant* arguments, void* events);
 
     pid_t m_daemon = 0;
     std::string m_sessionAddress;
-    GDBusConnection* m_bus = nullptr;
+    Owned<GDBusConnection> m_bus;
     /// Shared with the subscription: the bus may hand over a late event when this object is gone.
     using Events = std::deque<AccessibleEvent>;
     std::shared_ptr<Events> m_events = std::make_shared<Events>();

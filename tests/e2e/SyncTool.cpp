@@ -1,6 +1,7 @@
 #include "SyncTool.h"
 
 #include "EndToEnd.h"
+#include "io/Descriptor.h"
 
 #include <algorithm>
 #include <array>
@@ -59,26 +60,6 @@ bool isNote(const fs::path& file)
 {
     return file.extension() == ".txt" && !file.filename().native().starts_with('.');
 }
-
-class Descriptor {
-public:
-    Descriptor(const fs::path& path, int flags)
-        : m_number(::open(path.c_str(), flags | O_CLOEXEC, 0644))
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_number >= 0)
-            ::close(m_number);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    bool isOpen() const { return m_number >= 0; }
-    int number() const { return m_number; }
-
-private:
-    int m_number;
-};
 
 bool writeWhole(int descriptor, std::string_view bytes)
 {
@@ -245,7 +226,7 @@ void SyncTool::renameOver()
 void SyncTool::writeInPlace()
 {
     const Path target = pickFile();
-    const Descriptor file(target, O_RDWR);
+    const Descriptor file(::open(target.c_str(), O_RDWR | O_CLOEXEC));
     struct stat before{};
     if (!file.isOpen() || fstat(file.number(), &before) != 0)
         return;
