@@ -101,10 +101,14 @@ public:
     bool hasCrLf() const { return m_hasCrLf; }
 
 protected:
-    /// Takes bytes whose line breaks are ASCII. `append(piece)` is called for the pieces that are not, and is
-    /// false for ill-formed ones.
-    template <class Append>
-    std::optional<size_t> takePieces(std::string_view window, Behind behind, Append append)
+    Rope::Builder m_builder;
+    bool m_hasCrLf = false;
+};
+
+/// Of an encoding whose line breaks are ASCII.
+class TextDecoder::ByteAttempt : public Attempt {
+public:
+    std::optional<size_t> take(std::string_view window, Behind behind) final
     {
         Pieces pieces(window, behind);
         for (std::string_view piece = pieces.next(); !piece.empty(); piece = pieces.next()) {
@@ -117,11 +121,12 @@ protected:
         return window.size() - pieces.left();
     }
 
-    Rope::Builder m_builder;
-    bool m_hasCrLf = false;
+private:
+    /// A piece that is not all ASCII; false where it is ill-formed.
+    virtual bool append(std::string_view piece) = 0;
 };
 
-class TextDecoder::Utf8 final : public Attempt {
+class TextDecoder::Utf8 final : public ByteAttempt {
 public:
     enum class IllFormed { fails, isReplaced };
 
@@ -130,13 +135,8 @@ public:
     {
     }
 
-    std::optional<size_t> take(std::string_view window, Behind behind) override
-    {
-        return takePieces(window, behind, [this](std::string_view piece) { return append(piece); });
-    }
-
 private:
-    bool append(std::string_view piece)
+    bool append(std::string_view piece) override
     {
         std::array<char16_t, pieceSize + 1> units;
         const char* const end = piece.data() + piece.size();
@@ -154,20 +154,15 @@ private:
     const IllFormed m_policy;
 };
 
-class TextDecoder::EightBit final : public Attempt {
+class TextDecoder::EightBit final : public ByteAttempt {
 public:
     explicit EightBit(const CodePage& page)
         : m_unitOf(page)
     {
     }
 
-    std::optional<size_t> take(std::string_view window, Behind behind) override
-    {
-        return takePieces(window, behind, [this](std::string_view piece) { return append(piece); });
-    }
-
 private:
-    bool append(std::string_view piece)
+    bool append(std::string_view piece) override
     {
         std::array<char16_t, pieceSize + 1> units;
         bool isAssigned = true;

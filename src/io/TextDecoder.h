@@ -31,6 +31,7 @@ public:
 
 private:
     class Attempt;
+    class ByteAttempt;
     class Utf8;
     class Utf16;
     class EightBit;
