@@ -1,13 +1,10 @@
 // A notes folder with ten thousand notes, Russian and English, 20 MB in all.
 #include "NotesFolder.h"
-#include "io/PosixFileSystem.h"
 #include "notes/NoteNames.h"
 #include "notes/NoteSearch.h"
-#include "notes/NoteStore.h"
 #include "support/ManualScheduler.h"
-#include "support/MemoryDefaults.h"
-#include "support/RecordingLog.h"
-#include "support/RecordingTrash.h"
+#include "support/RealWorld.h"
+#include "support/Services.h"
 
 #include <benchmark/benchmark.h>
 
@@ -22,41 +19,16 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int noteCount = 10'000;
 
-struct NoNotices : FileWatching {
-    std::unique_ptr<FSWatcher> watchFile(const Path&, std::function<void()>) override { return nullptr; }
-    std::unique_ptr<FSWatcher> watchFolder(const Path&, std::function<void()>) override { return nullptr; }
-};
-
 /// The folder on the real disk, made once, and a store of it.
-struct Notes {
+struct Notes : test::RealWorld<test::ManualScheduler> {
     Notes()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "quillmark-bench-XXXXXX").string();
-        folder = mkdtemp(name.data());
         bench::fillWithNotes(folder, noteCount);
-        store = std::make_unique<NoteStore>(NoteStoreServices{.scheduler = scheduler,
-            .files = disk,
-            .log = log,
-            .defaults = defaults,
-            .trash = trash,
-            .writeQueue = queue,
-            .recovery = recovery,
-            .known = writer.known(),
-            .watching = watching,
-            .defaultFolder = folder});
+        store = std::make_unique<NoteStore>(test::noteStoreServices(*this, queue, folder));
     }
-    ~Notes() { std::filesystem::remove_all(folder); }
 
-    Path folder;
-    test::ManualScheduler scheduler;
-    PosixFileSystem disk;
-    test::RecordingLog log;
-    test::MemoryDefaults defaults;
-    test::RecordingTrash trash{[](const Path&) {}};
-    RecoveryStore recovery{disk, scheduler, log, "/nowhere"};
-    DocumentWriter writer{disk, recovery, scheduler};
+    const Path folder = notes();
     WriteQueue queue{scheduler, writer, log, [](const WriteQueue::Outcome&) {}};
-    NoNotices watching;
     std::unique_ptr<NoteStore> store;
 };
 

@@ -1,6 +1,7 @@
 #include "TestWindow.h"
 
 #include "app/window/TextLabel.h"
+#include "support/Services.h"
 
 #include <fstream>
 #include <iterator>
@@ -8,13 +9,6 @@
 namespace quillmark::test {
 
 using namespace std::chrono_literals;
-
-TestWindow::TestWindow()
-    : m_recovery(m_files, m_scheduler, m_log, m_folder / "recovered")
-    , m_writer(m_files, m_recovery, m_scheduler)
-{
-    std::filesystem::create_directory(notesFolder());
-}
 
 TestWindow::~TestWindow()
 {
@@ -39,27 +33,15 @@ void TestWindow::addNote(const std::string& name, std::string_view text)
 
 Path TestWindow::addFile(const std::string& name, std::string_view text)
 {
-    const Path file = m_folder / name;
+    const Path file = m_world.home / name;
     write(file, text);
     return file;
 }
 
 void TestWindow::show()
 {
-    m_app = std::make_unique<AppState>(AppServices{
-        .scheduler = m_scheduler,
-        .files = m_files,
-        .log = m_log,
-        .defaults = m_defaults,
-        .trash = m_trash,
-        .appearance = m_appearance,
-        .writer = m_writer,
-        .recovery = m_recovery,
-        .watching = m_watching,
-        .defaultNotesFolder = notesFolder(),
-        .journalFolder = m_folder / "journal",
-    });
-    m_view = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard, m_fileManager);
+    m_app = std::make_unique<AppState>(appServices(m_world, m_world.notes(), m_world.journal()));
+    m_view = std::make_unique<ContentView>(*m_app, m_world.scheduler, m_world.clipboard, m_world.fileManager);
     m_view->show();
     m_view->activateWindow();
     settle();
@@ -67,14 +49,14 @@ void TestWindow::show()
 
 void TestWindow::settle()
 {
-    m_scheduler.settle();
+    m_world.scheduler.settle();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
 }
 
 void TestWindow::wait(Duration duration)
 {
-    m_scheduler.advance(duration);
+    m_world.scheduler.advance(duration);
     settle();
 }
 

@@ -3,18 +3,8 @@
 #pragma once
 
 #include "app/window/ContentView.h"
-#include "io/DocumentWriter.h"
-#include "io/InotifyWatching.h"
-#include "io/PosixFileSystem.h"
-#include "io/RecoveryStore.h"
-#include "support/FakeClipboard.h"
 #include "support/ManualScheduler.h"
-#include "support/MemoryDefaults.h"
-#include "support/RecordingAppearance.h"
-#include "support/RecordingFileManager.h"
-#include "support/RecordingLog.h"
-#include "support/RecordingTrash.h"
-#include "support/TestEnvironment.h"
+#include "support/RealWorld.h"
 
 #include <QString>
 #include <QTest>
@@ -26,7 +16,6 @@ namespace quillmark::test {
 
 class TestWindow {
 public:
-    TestWindow();
     ~TestWindow();
 
     // Before show().
@@ -39,10 +28,10 @@ public:
 
     AppState& app() { return *m_app; }
     ContentView& view() { return *m_view; }
-    ManualScheduler& scheduler() { return m_scheduler; }
-    const RecordingTrash& trash() const { return m_trash; }
-    const std::vector<Path>& revealed() const { return m_fileManager.revealed; }
-    Path notesFolder() const { return m_folder / "Notes"; }
+    ManualScheduler& scheduler() { return m_world.scheduler; }
+    const RecordingTrash& trash() const { return m_world.trash; }
+    const std::vector<Path>& revealed() const { return m_world.fileManager.revealed; }
+    Path notesFolder() const { return m_world.notes(); }
     static std::string contents(const Path& file);
 
     void type(const char* keys); ///< ASCII, into whatever has the focus
@@ -62,18 +51,7 @@ public:
 private:
     static void write(const Path& file, std::string_view text);
 
-    TemporaryFolder m_folder;
-    ManualScheduler m_scheduler;
-    PosixFileSystem m_files;
-    RecordingLog m_log;
-    MemoryDefaults m_defaults;
-    RecordingTrash m_trash{[](const Path& file) { std::filesystem::remove(file); }};
-    RecordingAppearance m_appearance;
-    InotifyWatching m_watching{m_scheduler, m_files, m_log};
-    FakeClipboard m_clipboard;
-    RecordingFileManager m_fileManager;
-    RecoveryStore m_recovery;
-    DocumentWriter m_writer;
+    RealWorld<ManualScheduler> m_world;
     std::unique_ptr<AppState> m_app;
     std::unique_ptr<ContentView> m_view;
     int m_noteCount = 0;
