@@ -1,6 +1,7 @@
 #include "notes/NoteNames.h"
 
 #include "io/Utf8.h"
+#include "support/Repeated.h"
 #include "support/World.h"
 
 #include <cerrno>
@@ -8,14 +9,6 @@
 
 namespace quillmark::test {
 namespace {
-
-std::string times(int count, std::string_view piece)
-{
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += piece;
-    return result;
-}
 
 constexpr std::string_view family = "👨‍👩‍👧‍👦"; // one character of 25 bytes
 
@@ -34,10 +27,10 @@ TEST(TitleAndPreview, AreTheFirstLineThatIsNotBlankAndWhatFollows)
 
 TEST(TitleAndPreview, AreCutByWholeCharacters)
 {
-    const std::u16string families = utf16(times(100, family));
+    const std::u16string families = utf16(repeated(family, 100));
     const auto [title, preview] = titleAndPreview(families + u"\n" + families);
-    EXPECT_EQ(title, times(80, family));
-    EXPECT_EQ(preview, times(80, family));
+    EXPECT_EQ(title, repeated(family, 80));
+    EXPECT_EQ(preview, repeated(family, 80));
 }
 
 TEST(FileBaseName, MakesAFileNameOfAnyTitle)
@@ -50,15 +43,15 @@ TEST(FileBaseName, MakesAFileNameOfAnyTitle)
     EXPECT_EQ(fileBaseName("../.."), "-.."); // no name of a folder, and not hidden
     for (const char* nothing : {"", ".", "..", " . ", " \t"})
         EXPECT_EQ(fileBaseName(nothing), "Untitled") << nothing;
-    EXPECT_EQ(fileBaseName(times(70, "x")), times(60, "x"));
-    EXPECT_EQ(fileBaseName(times(70, "ё")), times(60, "ё"));
+    EXPECT_EQ(fileBaseName(repeated("x", 70)), repeated("x", 60));
+    EXPECT_EQ(fileBaseName(repeated("ё", 70)), repeated("ё", 60));
 }
 
 TEST(FileBaseName, LeavesRoomForEverySuffixInTheBytesOfAFileName)
 {
     const std::string suffix = conflictSuffix(WallTime(std::chrono::days(20'000)));
     for (const std::string& title :
-        {times(60, family), times(60, "\U0001F600"), times(200, "й"), "й" + times(59, family)}) {
+        {repeated(family, 60), repeated("\U0001F600", 60), repeated("й", 200), "й" + repeated(family, 59)}) {
         const std::string name = fileBaseName(title);
         EXPECT_TRUE(isWellFormedUtf8(name));
         EXPECT_TRUE(title.starts_with(name)) << "a character was cut";
@@ -67,18 +60,19 @@ TEST(FileBaseName, LeavesRoomForEverySuffixInTheBytesOfAFileName)
             << "wanted and actual name differ";
         EXPECT_EQ(fileBaseName(name), name);
     }
-    EXPECT_GE(fileBaseName(times(60, family)).size(), 180u) << "cut more than needed";
-    EXPECT_EQ(fileBaseName("е" + times(200, "\u0301")), "Untitled") << "one character that no name can hold";
+    EXPECT_GE(fileBaseName(repeated(family, 60)).size(), 180u) << "cut more than needed";
+    EXPECT_EQ(fileBaseName("е" + repeated("\u0301", 200)), "Untitled")
+        << "one character that no name can hold";
 }
 
 TEST(NameWithSuffix, CutsNamesThatOtherProgramsGave)
 {
     EXPECT_EQ(nameWithSuffix("Plan", " copy"), "Plan copy");
-    const std::string name = nameWithSuffix(times(125, "ф"), " copy");
+    const std::string name = nameWithSuffix(repeated("ф", 125), " copy");
     EXPECT_TRUE(name.ends_with("ф copy"));
     EXPECT_TRUE(isWellFormedUtf8(name));
     EXPECT_LE(name.size(), 243u);
-    EXPECT_LE(nameWithSuffix(times(251, "\xFF"), " copy").size(), 243u);
+    EXPECT_LE(nameWithSuffix(repeated("\xFF", 251), " copy").size(), 243u);
 }
 
 TEST(IsNamedAfter, ToleratesTheNumberThatMadeTheNameFree)
