@@ -28,22 +28,6 @@ TEST_F(DocumentCommandsTest, OtherLineEndingsAreAnEdit)
     EXPECT_EQ(disk.bytes("/docs/a"), "one\r\ntwo\r\n");
 }
 
-TEST_F(DocumentCommandsTest, AChosenLanguageStaysWithTheTab)
-{
-    disk.putFile("/docs/a.py", "print");
-    disk.putFile("/docs/b.txt", "text");
-    start();
-    open("/docs/a.py");
-    app->setLanguageOverride(Language::swift);
-    open("/docs/b.txt");
-    EXPECT_EQ(app->syntaxLanguage.get(), Language::plain);
-    select(1);
-    EXPECT_EQ(app->syntaxLanguage.get(), Language::swift);
-    type("x");
-    scheduler.advance(1s);
-    EXPECT_EQ(app->syntaxLanguage.get(), Language::swift);
-}
-
 TEST_F(DocumentCommandsTest, GoingToALine)
 {
     start();

@@ -9,16 +9,23 @@
 namespace quillmark {
 namespace {
 
-TEST(EditorSettings, AFreshInstallationHasTheDefaultsAndWritesNothing)
+TEST(EditorSettings, AreTheDefaultsWhereNothingOrSomethingOfAnotherTypeIsStored)
 {
-    test::MemoryDefaults defaults;
-    const EditorSettings settings(defaults);
-    EXPECT_EQ(*settings.fontName, "");
-    EXPECT_EQ(*settings.fontSize, 13);
-    EXPECT_EQ(*settings.quickNoteHotKeyID, "ctrl-opt-cmd-n");
-    EXPECT_FALSE(*settings.cleanupQuotes || *settings.cleanupDashes);
-    EXPECT_FALSE(*settings.cleanupTrimTrailing || *settings.cleanupCollapseBlank);
-    EXPECT_TRUE(defaults.writtenKeys().empty());
+    test::MemoryDefaults none;
+    test::MemoryDefaults damaged;
+    damaged.setString("editor.fontSize", "20");
+    damaged.setBoolean("editor.fontName", true);
+    damaged.setReal("cleanup.quotes", 1);
+    for (test::MemoryDefaults* defaults : {&none, &damaged}) {
+        const size_t written = defaults->writtenKeys().size();
+        const EditorSettings settings(*defaults);
+        EXPECT_EQ(*settings.fontName, "");
+        EXPECT_EQ(*settings.fontSize, 13);
+        EXPECT_EQ(*settings.quickNoteHotKeyID, "ctrl-opt-cmd-n");
+        EXPECT_FALSE(*settings.cleanupQuotes || *settings.cleanupDashes);
+        EXPECT_FALSE(*settings.cleanupTrimTrailing || *settings.cleanupCollapseBlank);
+        EXPECT_EQ(defaults->writtenKeys().size(), written);
+    }
 }
 
 TEST(EditorSettings, EachFieldIsWrittenAtOnceUnderItsKeyAndComesBack)
@@ -54,18 +61,6 @@ TEST(EditorSettings, ADamagedFontSizeFallsBack)
         defaults.setReal("editor.fontSize", stored);
         EXPECT_EQ(*EditorSettings(defaults).fontSize, expected);
     }
-}
-
-TEST(EditorSettings, AValueOfAnotherTypeCountsAsAbsent)
-{
-    test::MemoryDefaults defaults;
-    defaults.setString("editor.fontSize", "20");
-    defaults.setBoolean("editor.fontName", true);
-    defaults.setReal("cleanup.quotes", 1);
-    const EditorSettings settings(defaults);
-    EXPECT_EQ(*settings.fontSize, 13);
-    EXPECT_EQ(*settings.fontName, "");
-    EXPECT_FALSE(*settings.cleanupQuotes);
 }
 
 } // namespace

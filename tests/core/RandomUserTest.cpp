@@ -53,7 +53,7 @@ public:
             &User::typeSentence, &User::waitAWhile, &User::waitAWhile, &User::switchTab, &User::switchTab,
             &User::openSomething, &User::closeSomeTab, &User::leaveTheProgram, &User::breakTheDisk,
             &User::healTheDisk, &User::runAJob, &User::rareThings};
-        (this->*actions[static_cast<size_t>(m_random.below(actions.size()))])();
+        (this->*m_random.pick(actions))();
         ASSERT_TRUE(app->activeTab());
         for (const std::string& name : disk.names(notes)) {
             if (isConflictCopy(name))
@@ -171,10 +171,9 @@ private:
             return open ? open->url : tab->file()->url;
         const auto names = noteNames();
         if (m_random.oneIn(2) && !names.empty())
-            return AppWorld::note(
-                names[static_cast<size_t>(m_random.below(static_cast<int64_t>(names.size())))]);
+            return AppWorld::note(m_random.pick(names));
         static constexpr std::array files = {"/docs/a.txt", "/docs/b.md", "/docs/c", "/docs/missing"};
-        return files[static_cast<size_t>(m_random.below(files.size()))];
+        return m_random.pick(files);
     }
 
     void theyWrite(const Path& file, bool asNewFile)
@@ -230,9 +229,9 @@ private:
         if (m_random.oneIn(3))
             app->newNote();
         else if (m_random.oneIn(2) && !all.empty())
-            app->openNote(all[static_cast<size_t>(m_random.below(static_cast<int64_t>(all.size())))].id);
+            app->openNote(m_random.pick(all).id);
         else
-            open(files[static_cast<size_t>(m_random.below(files.size()))]);
+            open(m_random.pick(files));
     }
 
     void closeSomeTab()
@@ -256,8 +255,8 @@ private:
                 DiskOperation::sync, DiskOperation::rename, DiskOperation::renameNoReplace,
                 DiskOperation::openForReading, DiskOperation::syncFolder, DiskOperation::fileInfo};
         static constexpr std::array places = {"/docs", "Notes", ""};
-        const auto operation = operations[static_cast<size_t>(m_random.below(operations.size()))];
-        const char* place = places[static_cast<size_t>(m_random.below(places.size()))];
+        const auto operation = m_random.pick(operations);
+        const char* place = m_random.pick(places);
         tell("break " + std::to_string(static_cast<int>(operation)) + " " + place);
         if (m_random.oneIn(8))
             disk.setCapacity(m_random.below(2000));
@@ -317,7 +316,7 @@ private:
         const auto& all = *app->store.notes;
         if (all.empty())
             return;
-        const Note deleted = all[static_cast<size_t>(m_random.below(static_cast<int64_t>(all.size())))];
+        const Note deleted = m_random.pick(all);
         tell("delete " + deleted.url.filename().native());
         if (app->activeNoteID() == deleted.id)
             forget(shown());

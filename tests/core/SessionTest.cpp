@@ -144,18 +144,5 @@ TEST_F(SessionTest, NothingIsStoredBeforeTheStoredSessionWasRead)
     EXPECT_EQ(defaults.data(key), stored);
 }
 
-TEST(SessionData, SurvivesTheRoundTrip)
-{
-    std::string everyByte;
-    for (int i = 1; i < 256; ++i)
-        everyByte += static_cast<char>(i);
-    for (size_t length = 0; length < 8; ++length) {
-        const SessionData session{.tabs = {{.notePath = Path("/" + everyByte), .bookmark = {}}, {},
-                                      {.notePath = "/100%", .bookmark = everyByte.substr(0, length)}},
-            .activeIndex = 2};
-        EXPECT_EQ(decodeSession(encodeSession(session)), session);
-    }
-}
-
 } // namespace
 } // namespace quillmark::test

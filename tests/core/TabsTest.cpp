@@ -27,47 +27,18 @@ TEST_F(TabsTest, OneTabForOneSource)
     open("/docs/a.txt");
     app->openNote(app->store.notes->front().id);
     open("/docs/./x/../a.txt");
+    const auto generationBefore = app->loadGeneration.get();
     open("/docs//a.txt");
+    disk.clearCalls();
+    select(1);
+    EXPECT_TRUE(disk.calls().empty()) << "neither saved nor read again";
+    EXPECT_EQ(app->loadGeneration.get(), generationBefore);
     EXPECT_EQ(titles(), (Strings{"Untitled", "a.txt"}));
     EXPECT_EQ(activeIndex(), 1u);
     app->openNote(Uuid::random());
     app->selectTab(Uuid::random());
     EXPECT_EQ(app->tabs->size(), 2u);
     EXPECT_EQ(app->fileTabs().size(), 1u);
-}
-
-TEST_F(TabsTest, NewNotesOpenAtTheEndAndTheOthersStay)
-{
-    start();
-    app->newNote();
-    app->newNote();
-    EXPECT_EQ(titles(), (Strings{"Untitled", "Untitled", "Untitled"}));
-    EXPECT_EQ(activeIndex(), 2u);
-    EXPECT_EQ(app->store.notes->front().url, note("Untitled 3.txt"));
-}
-
-TEST_F(TabsTest, NeighboursGoAroundTheEnds)
-{
-    start();
-    app->selectAdjacentTab(+1);
-    EXPECT_EQ(activeIndex(), 0u);
-    open("/docs/a");
-    open("/docs/b");
-    app->selectAdjacentTab(+1);
-    EXPECT_EQ(activeIndex(), 0u);
-    app->selectAdjacentTab(-1);
-    EXPECT_EQ(activeIndex(), 2u);
-}
-
-TEST_F(TabsTest, SelectingTheActiveTabNeitherSavesNorReloads)
-{
-    start();
-    type("words");
-    const auto generationBefore = app->loadGeneration.get();
-    disk.clearCalls();
-    select(0);
-    EXPECT_TRUE(disk.calls().empty());
-    EXPECT_EQ(app->loadGeneration.get(), generationBefore);
 }
 
 TEST_F(TabsTest, ClosingActivatesTheTabThatTookThePlace)
@@ -88,20 +59,6 @@ TEST_F(TabsTest, ClosingActivatesTheTabThatTookThePlace)
     EXPECT_EQ(titles(), (Strings{"b"}));
     EXPECT_EQ(app->loadGeneration.get(), generationBefore) << "the active tab is untouched";
     EXPECT_EQ(noteText("note.txt"), "note");
-}
-
-TEST_F(TabsTest, ClosingTheLastTabGivesAFreshNote)
-{
-    disk.putFile("/docs/a", "A");
-    putNote("old.txt", "old");
-    start();
-    open("/docs/a");
-    close(0);
-    close(0);
-    EXPECT_EQ(titles(), (Strings{"Untitled"}));
-    EXPECT_EQ(shown(), "");
-    EXPECT_EQ(app->activeNoteID(), app->store.notes->front().id);
-    EXPECT_EQ(app->store.notes->size(), 2u);
 }
 
 TEST_F(TabsTest, AnEmptyNoteGoesToTheTrashWithItsTab)
@@ -172,16 +129,6 @@ TEST_F(TabsTest, ADeletedNoteIsNotWrittenAgain)
     EXPECT_EQ(app->tabs->size(), 1u);
 }
 
-TEST_F(TabsTest, LeavingANoteNamesItsFile)
-{
-    start();
-    type("Plan\nrest");
-    open("/docs/a");
-    EXPECT_EQ(noteNames(), (Strings{"Plan.txt"}));
-    EXPECT_EQ(titles(), (Strings{"Plan", "a"}));
-    EXPECT_EQ(app->store.notes->front().url, note("Plan.txt"));
-}
-
 TEST_F(TabsTest, IdsReadFromTheModelMayChangeUnderACall)
 {
     start();
@@ -208,15 +155,6 @@ TEST_F(TabsTest, ToggledViewsAreRemembered)
     EXPECT_FALSE(app->showMinimap.get());
     EXPECT_TRUE(app->showLineNumbers.get());
     EXPECT_EQ(appearance.applied(), (std::vector{AppearanceMode::dark, AppearanceMode::dark}));
-}
-
-TEST_F(TabsTest, ThereIsOneSharedModel)
-{
-    EXPECT_EQ(AppState::shared(), nullptr);
-    start();
-    EXPECT_EQ(AppState::shared(), app.get());
-    stop();
-    EXPECT_EQ(AppState::shared(), nullptr);
 }
 
 } // namespace

@@ -39,9 +39,8 @@ private:
 
 } // namespace
 
-ManualScheduler::ManualScheduler(Background background)
-    : m_background(background)
-    , m_now(firstSteadyTime)
+ManualScheduler::ManualScheduler()
+    : m_now(firstSteadyTime)
     , m_wallNow(firstWallTime)
 {
 }
@@ -78,10 +77,6 @@ size_t ManualScheduler::queuedBackgroundJobs() const
 
 void ManualScheduler::runInBackground(Priority, std::function<void()> work)
 {
-    if (m_background == Background::atOnce) {
-        work();
-        return;
-    }
     const std::lock_guard lock(m_mutex);
     m_jobs.push_back(std::move(work));
 }

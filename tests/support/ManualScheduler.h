@@ -14,12 +14,7 @@ namespace quillmark::test {
 /// thread, which plays the main thread and the background threads in turn.
 class ManualScheduler final : public Scheduler {
 public:
-    enum class Background {
-        whenCranked, ///< jobs wait for runBackground() or settle()
-        atOnce, ///< a job runs inside runInBackground(); what it posts still waits
-    };
-
-    explicit ManualScheduler(Background background = Background::whenCranked);
+    ManualScheduler();
 
     void post(std::function<void()> f) override;
     SteadyTime now() const override;
@@ -67,7 +62,6 @@ private:
     bool runNextTimer(SteadyTime latest);
     void moveClocksTo(SteadyTime time);
 
-    const Background m_background;
     mutable std::mutex m_mutex; ///< guards the clocks and the two queues that other threads fill
     SteadyTime m_now;
     WallTime m_wallNow;

@@ -1,0 +1,178 @@
+#include "ExternalChangesTest.h"
+
+namespace quillmark::test {
+namespace {
+
+constexpr auto gone = "Файл удалён или перемещён — текст в памяти, сохранится при следующей правке";
+constexpr auto changed = "Файл изменён снаружи — ваша версия будет сохранена поверх";
+
+struct OpenFile : ExternalChangesTest {
+    OpenFile()
+    {
+        disk.putFile("/d/a", "old");
+        start();
+        open("/d/a");
+        scheduler.advance(2s);
+    }
+};
+
+TEST_F(OpenFile, OurOwnSaveIsNoChangeHoweverSlowTheDisk)
+{
+    const int64_t generation = app->loadGeneration.get();
+    type("mine ");
+    scheduler.advance(800ms);
+    hear();
+    hear(10s);
+    pasteLarge();
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.path.native().starts_with("/d"))
+            scheduler.advance(5s);
+        watching.deliver();
+    });
+    scheduler.advance(800ms);
+    scheduler.settle();
+    hear(10s);
+    EXPECT_EQ(disk.bytes("/d/a"), shown());
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_EQ(kept(), Strings{});
+}
+
+TEST_F(OpenFile, ANewVersionIsShownUnlessItIsTheSame)
+{
+    theyWrite("/d/a", "new");
+    hear(399ms);
+    EXPECT_EQ(shown(), "old");
+    hear(1ms);
+    EXPECT_EQ(shown(), "new");
+    const int64_t generation = app->loadGeneration.get();
+    theyWrite("/d/a", "new"); // touched, or written by a tool that writes whatever it has
+    hear();
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+    EXPECT_EQ(noticeShown(), "");
+}
+
+TEST_F(OpenFile, UnsavedWordsWinAndTheOtherVersionIsKept)
+{
+    theyWrite("/d/a", "theirs");
+    type("mine ");
+    hear();
+    EXPECT_EQ(noticeShown(), changed);
+    EXPECT_EQ(shown(), "mine old");
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(kept(), Strings{"theirs"});
+    hear(10s);
+    EXPECT_EQ(shown(), "mine old");
+}
+
+TEST_F(OpenFile, AChangeThatNobodyAnnouncedIsFoundBeforeTheSave)
+{
+    type("mine ");
+    theyWrite("/d/a", "theirs"); // no notice of it
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(noticeShown(), changed);
+    EXPECT_EQ(kept(), Strings{"theirs"});
+}
+
+TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
+{
+    type("mine ");
+    scheduler.advance(800ms);
+    disk.putFile("/d/a", "theirs");
+    hear();
+    EXPECT_EQ(shown(), "mine old");
+    hear(1200ms);
+    EXPECT_EQ(shown(), "theirs");
+}
+
+TEST_F(OpenFile, AThirdVersionThatComesWhileTheSecondIsKeptIsKeptToo)
+{
+    type("mine ");
+    theyWrite("/d/a", "second");
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation != DiskOperation::renameNoReplace || !call.path.native().starts_with(recovered))
+            return;
+        disk.setHook(nullptr);
+        theyWrite("/d/a", "third");
+    });
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
+    EXPECT_EQ(kept(), (Strings{"second", "third"}));
+}
+
+TEST_F(OpenFile, WhatCannotBeLookedAtIsNotReplaced)
+{
+    type("mine ");
+    theyWrite("/d/a", "theirs");
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation == DiskOperation::sync) // the look that follows
+            disk.failOnce(DiskOperation::stat, EIO, "/d/a");
+    });
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "theirs");
+    disk.setHook(nullptr);
+    disk.heal();
+    type("more ");
+    scheduler.advance(800ms);
+    EXPECT_EQ(kept(), Strings{"theirs"});
+}
+
+TEST_F(OpenFile, WhatAppearsInThePlaceOfAMissingFileIsKept)
+{
+    open("/d/new");
+    type("mine");
+    disk.putFile("/d/new", "theirs"); // no notice of it
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/new"), "mine");
+    EXPECT_EQ(kept(), Strings{"theirs"});
+}
+
+TEST_F(OpenFile, ADeletedFileLeavesTheTextAndIsMadeAgain)
+{
+    scheduler.advance(2s);
+    disk.erase("/d/a");
+    hear();
+    EXPECT_EQ(noticeShown(), gone);
+    EXPECT_EQ(shown(), "old");
+    EXPECT_TRUE(app->activeTab()->isDirty.get());
+    hear(1h);
+    EXPECT_FALSE(disk.bytes("/d/a")) << "not before the next edit";
+    type("more ");
+    scheduler.advance(800ms);
+    EXPECT_EQ(disk.bytes("/d/a"), "more old");
+
+    theyWrite("/d/a", "back");
+    hear(2s);
+    EXPECT_EQ(shown(), "back") << "still watched";
+}
+
+TEST_F(OpenFile, ACheckAfterATabSwitchConcernsTheTabThatIsShown)
+{
+    disk.putFile("/d/b", "B");
+    theyWrite("/d/a", "theirs");
+    watching.deliver();
+    open("/d/b");
+    const int64_t generation = app->loadGeneration.get();
+    hear();
+    EXPECT_EQ(shown(), "B");
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+}
+
+TEST_F(OpenFile, AClockThatJumpsChangesNothing)
+{
+    type("mine ");
+    scheduler.advance(800ms);
+    scheduler.setWall(scheduler.wallNow() - 24h);
+    hear(10s);
+    disk.putFile("/d/a", "theirs, stamped with yesterday");
+    hear();
+    EXPECT_EQ(shown(), "theirs, stamped with yesterday");
+    type("x");
+    scheduler.advance(800ms);
+    EXPECT_EQ(kept(), Strings{});
+}
+
+} // namespace
+} // namespace quillmark::test
