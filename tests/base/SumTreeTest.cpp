@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <thread>
 #include <vector>
 
 namespace quillmark {
@@ -184,24 +183,6 @@ TYPED_TEST(SumTreeTest, BuildsFullNodesFromItemsInOrder)
     }
 }
 
-TYPED_TEST(SumTreeTest, GrowsAndShrinksAtEachEnd)
-{
-    TypeParam tree;
-    for (int64_t i = 0; i < 500; ++i) {
-        tree.insert(0, {i, 1});
-        tree.insert(tree.size(), {i, 2});
-        ASSERT_EQ(tree.checkInvariants(), "");
-    }
-    for (int64_t i = 500; i-- > 0;) {
-        ASSERT_EQ(tree[0], (RowRun{i, 1}));
-        ASSERT_EQ(tree[tree.size() - 1], (RowRun{i, 2}));
-        tree.erase(0, 1);
-        tree.erase(tree.size() - 1, tree.size());
-        ASSERT_EQ(tree.checkInvariants(), "");
-    }
-    EXPECT_TRUE(tree.isEmpty());
-}
-
 TEST(SumTree, AnEditLeavesCopiesAloneAndSharesTheRest)
 {
     using Tree = SumTree<Counted, int64_t, 4>;
@@ -245,31 +226,6 @@ TEST(SumTree, ErasedItemsAreFreedAtOnce)
         tree.erase(index, index + 1);
         ASSERT_TRUE(erased.expired());
     }
-}
-
-TEST(SumTree, ACopyIsReadAndDroppedOnAnotherThreadWhileTheTreeIsEdited)
-{
-    using Tree = SumTree<RowRun, RowSummary, 4>;
-    Random random;
-    Tree tree{randomRuns(random, 500)};
-    for (int round = 0; round < 50; ++round) {
-        std::thread reader([copy = tree]() mutable {
-            const RowSummary expected = copy.summary();
-            RowSummary sum;
-            copy.forEach(0, copy.size(), [&sum](const RowRun& run) {
-                sum += run.summary();
-                return true;
-            });
-            EXPECT_EQ(sum, expected);
-            copy.replace(0, copy.size() / 2, {});
-        });
-        for (int step = 0; step < 200; ++step) {
-            const int64_t first = random.upTo(tree.size());
-            tree.replace(first, std::min(tree.size(), first + random.upTo(3)), randomRuns(random, 3));
-        }
-        reader.join();
-    }
-    EXPECT_EQ(tree.checkInvariants(), "");
 }
 
 } // namespace

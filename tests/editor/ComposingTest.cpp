@@ -169,22 +169,6 @@ TEST_F(Composing, WorksBetweenTheSegmentsOfALongLine)
     }
 }
 
-TEST_F(Composing, TellsOfTheTextAroundTheCaretAndNoMore)
-{
-    install(view, "above\nthe ca|ret's line\nbelow");
-    EXPECT_EQ(view.inputContext(), (Range{6, 16}));
-    std::u16string families;
-    while (families.size() < 10'000)
-        families += u"👩‍👩‍👧";
-    view.setText(Rope(families));
-    view.select({.anchor = 4'000, .caret = 4'000});
-    const Range context = view.inputContext();
-    EXPECT_EQ(context.location % 8, 0);
-    EXPECT_EQ(context.end() % 8, 0);
-    EXPECT_NEAR(static_cast<double>(context.location), 4'000 - 1'024, 8);
-    EXPECT_NEAR(static_cast<double>(context.end()), 4'000 + 1'024, 8);
-}
-
 TEST_F(Composing, DoesNothingWhileNotEditable)
 {
     install(view, "a «b» c");

@@ -19,18 +19,6 @@ LineIndex indexOf(std::u16string_view text)
     return index;
 }
 
-/// The starts after `range` of `text` was replaced.
-Starts afterReplacing(std::u16string_view text, Range range, std::u16string_view with)
-{
-    LineIndex index = indexOf(text);
-    Rope changed(text);
-    changed.replace(range, with);
-    const auto length = static_cast<int64_t>(with.size());
-    index.applyEdit({{range.location, length}, length - range.length}, changed);
-    EXPECT_EQ(index.indexedLength(), changed.length());
-    return index.starts();
-}
-
 TEST(LineIndex, OnlyALineFeedEndsALine)
 {
     EXPECT_EQ(LineIndex().starts(), Starts{0});
@@ -38,27 +26,6 @@ TEST(LineIndex, OnlyALineFeedEndsALine)
     EXPECT_EQ(indexOf(u"a\n").starts(), (Starts{0, 2}));
     EXPECT_EQ(indexOf(u"a\r\nb\rc\u2028d\u2029e\vf\fg\u0085h\u010Ai").starts(), (Starts{0, 3}));
     EXPECT_EQ(indexOf(u"😀\nй").starts(), (Starts{0, 3}));
-}
-
-TEST(LineIndex, FindsTheLineOfAnOffset)
-{
-    const LineIndex index = indexOf(u"a\n\nbc\n");
-    Starts lines;
-    for (int64_t offset = 0; offset <= index.indexedLength(); ++offset)
-        lines.push_back(index.lineNumber(offset));
-    EXPECT_EQ(lines, (Starts{1, 1, 2, 3, 3, 3, 4}));
-    EXPECT_EQ(index.lineNumber(-5), 1);
-    EXPECT_EQ(index.lineCount(), 4);
-}
-
-TEST(LineIndex, FollowsEditsAtTheEdgesOfLines)
-{
-    EXPECT_EQ(afterReplacing(u"a\nb\nc", {1, 3}, u""), Starts{0});
-    EXPECT_EQ(afterReplacing(u"a\nb", {2, 1}, u"x\ny"), (Starts{0, 2, 4}));
-    EXPECT_EQ(afterReplacing(u"a\nb", {2, 0}, u"\n"), (Starts{0, 2, 3}));
-    EXPECT_EQ(afterReplacing(u"a\nb", {0, 0}, u"\n"), (Starts{0, 1, 3}));
-    EXPECT_EQ(afterReplacing(u"a\nb\nc", {1, 1}, u" "), (Starts{0, 4})) << "a line feed replaced one for one";
-    EXPECT_EQ(afterReplacing(u"a\nb\nc", {0, 5}, u"\n\n\n"), (Starts{0, 1, 2, 3}));
 }
 
 TEST(LineIndex, AgreesWithTheTextAfterRandomEdits)

@@ -3,6 +3,7 @@
 #include "editor/RowMap.h"
 #include "editor/SegmentCuts.h"
 #include "support/Random.h"
+#include "support/Repeated.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +15,7 @@ constexpr StretchSizes smallStretches{.walked = 200, .longest = 300};
 
 std::u16string lines(int count, int units)
 {
-    std::u16string text;
-    for (int line = 0; line < count; ++line)
-        text += std::u16string(static_cast<size_t>(units), u'x') + u'\n';
-    return text;
+    return repeated(std::u16string(static_cast<size_t>(units), u'x') + u'\n', count);
 }
 
 std::u16string longLine(int64_t length)
@@ -95,14 +93,6 @@ struct MappedText {
     RowMap map;
 };
 
-TEST(RowMap, EstimatesRowsFromLengths)
-{
-    MappedText mapped(u"\n0123456789\n0123456789a\n");
-    EXPECT_EQ(mapped.map.rowCount(), 5);
-    EXPECT_EQ(mapped.map.firstRowAt(mapped.text, 24), Row{4});
-    mapped.expectConsistent();
-}
-
 TEST(RowMap, KeepsWhatWasMeasuredOutsideAnEdit)
 {
     MappedText mapped(lines(10, 5));
@@ -120,10 +110,7 @@ TEST(RowMap, KeepsWhatWasMeasuredOutsideAnEdit)
 
 TEST(RowMap, CutsLongLinesBetweenCharactersAndBehindBlanks)
 {
-    std::u16string text;
-    while (text.size() < 20'000)
-        text += u"слово 👩‍👩‍👧 ";
-    const Rope rope(text);
+    const Rope rope(repeated(u"слово 👩‍👩‍👧 ", 1'300));
     int64_t start = 0;
     for (const int64_t end : segmentEnds(rope, {0, {0, rope.length()}})) {
         EXPECT_LE(end - start, longestWholeLine);
@@ -295,7 +282,7 @@ TEST(RowMap, AddsUpAfterRandomEdits)
     const auto randomText = [&](int64_t length) {
         std::u16string text;
         for (int64_t i = 0; i < length; ++i)
-            text += alphabet[static_cast<size_t>(random.below(static_cast<int64_t>(alphabet.size())))];
+            text += random.pick(alphabet);
         return text;
     };
     for (const StretchSizes sizes : {StretchSizes{}, smallStretches, StretchSizes{5'000, 4'000}}) {

@@ -1,5 +1,7 @@
 #include "text/Regex.h"
 
+#include "support/Repeated.h"
+
 #include "text/Unicode.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@ namespace quillmark {
 namespace {
 
 using namespace std::chrono_literals;
+using test::repeated;
 using Outcome = Regex::Outcome;
 
 Regex compiled(std::u16string_view pattern, Regex::Options options = {})
@@ -151,14 +154,6 @@ TEST(Regex, ClonesSearchIndependently)
 }
 
 // Bounds
-
-std::u16string repeated(std::u16string_view piece, int count)
-{
-    std::u16string text;
-    for (int i = 0; i < count; ++i)
-        text += piece;
-    return text;
-}
 
 constexpr std::u16string_view stringRule = u"\"(?:[^\"\\\\\\n]|\\\\.)*\"";
 

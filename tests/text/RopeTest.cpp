@@ -111,23 +111,6 @@ TEST(Rope, EditsAtRandomAgreeWithAString)
         ASSERT_NO_FATAL_FAILURE(expectSameText(snapshot, text));
 }
 
-TEST(Rope, TypingAndBackspacingInOnePlaceKeepsLeavesSound)
-{
-    Random random;
-    TinyRope rope(randomText(random, 400));
-    std::u16string model = rope.text();
-    int64_t caret = random.upTo(rope.length());
-    for (int step = 0; step < 3000; ++step) {
-        const bool deletes = caret > 0 && (step / 300) % 2 == 1;
-        const std::u16string typed = deletes ? u"" : randomText(random, 2);
-        const Range range{caret - deletes, deletes};
-        rope.replace(range, typed);
-        model.replace(static_cast<size_t>(range.location), static_cast<size_t>(range.length), typed);
-        caret = range.location + static_cast<int64_t>(typed.size());
-        ASSERT_NO_FATAL_FAILURE(expectSameText(rope, model)) << "step " << step;
-    }
-}
-
 TEST(Rope, SlicesAndAppendsAgreeWithAString)
 {
     Random random;

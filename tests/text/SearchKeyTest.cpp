@@ -51,10 +51,8 @@ TEST(SearchKey, TheQuickAnswerIsTheFullOne)
     const auto text = [&](const std::u16string& letters, int64_t most) {
         std::u16string result;
         for (int64_t n = random.below(most + 1); n > 0; --n)
-            result += random.below(20) == 0
-                ? std::u16string(u"\U0001F600")
-                : std::u16string(
-                      1, letters[static_cast<size_t>(random.below(static_cast<int64_t>(letters.size())))]);
+            result += random.below(20) == 0 ? std::u16string(u"\U0001F600")
+                                            : std::u16string(1, random.pick(letters));
         return result;
     };
     for (int i = 0; i < 20'000; ++i) {

