@@ -12,33 +12,25 @@
 namespace quillmark::test {
 namespace {
 
-struct RealDisk {
-    TemporaryFolder folder;
-    PosixFileSystem disk;
-    Path root() const { return folder.path(); }
-};
+enum class Kind { real, inMemory };
 
-struct DoubleDisk {
-    ManualScheduler clock;
-    FakeFileSystem disk{clock};
-    DoubleDisk() { disk.putFolder("/disk"); }
-    Path root() const { return "/disk"; }
-};
-
-template <class Kind> class FileSystemContract : public testing::Test, public Kind {
+class FileSystemContract : public testing::TestWithParam<Kind> {
 protected:
-    Path at(const char* name) const { return this->root() / name; }
+    FileSystemContract() { m_inMemory.putFolder("/disk"); }
+
+    Path at(const char* name) const { return root() / name; }
+    Path root() const { return m_isReal ? m_folder.path() : Path("/disk"); }
 
     void write(const Path& path, std::string_view bytes)
     {
-        auto file = this->disk.createNew(path, 0644);
+        auto file = disk.createNew(path, 0644);
         ASSERT_TRUE(file) << path;
         ASSERT_EQ((*file)->write(std::as_bytes(std::span(bytes))), bytes.size());
     }
 
     std::string read(const Path& path)
     {
-        auto file = this->disk.openForReading(path);
+        auto file = disk.openForReading(path);
         if (!file)
             return file.error().message;
         std::string bytes(100, '\0');
@@ -49,12 +41,22 @@ protected:
     std::vector<std::string> names()
     {
         std::vector<std::string> result;
-        const auto entries = this->disk.list(this->root()).value();
+        const auto entries = disk.list(root()).value();
         for (const FolderEntry& entry : entries)
             result.push_back(entry.name);
         std::ranges::sort(result);
         return result;
     }
+
+private:
+    const bool m_isReal = GetParam() == Kind::real;
+    TemporaryFolder m_folder;
+    PosixFileSystem m_real;
+    ManualScheduler m_clock;
+    FakeFileSystem m_inMemory{m_clock};
+
+protected:
+    FileSystem& disk = m_isReal ? static_cast<FileSystem&>(m_real) : m_inMemory;
 };
 
 template <class T> int codeOf(const Result<T>& result)
@@ -62,100 +64,99 @@ template <class T> int codeOf(const Result<T>& result)
     return result ? 0 : result.error().code;
 }
 
-using Disks = testing::Types<RealDisk, DoubleDisk>;
-TYPED_TEST_SUITE(FileSystemContract, Disks);
+INSTANTIATE_TEST_SUITE_P(Disks, FileSystemContract, testing::Values(Kind::real, Kind::inMemory));
 
-TYPED_TEST(FileSystemContract, FilesAreMadeOnceReadAndListed)
+TEST_P(FileSystemContract, FilesAreMadeOnceReadAndListed)
 {
-    this->write(this->at("b\xFFyte"), "одна");
-    EXPECT_EQ(this->read(this->at("b\xFFyte")), "одна");
-    EXPECT_EQ(codeOf(this->disk.createNew(this->at("b\xFFyte"), 0644)), EEXIST);
-    const auto entries = this->disk.list(this->root()).value();
+    write(at("b\xFFyte"), "одна");
+    EXPECT_EQ(read(at("b\xFFyte")), "одна");
+    EXPECT_EQ(codeOf(disk.createNew(at("b\xFFyte"), 0644)), EEXIST);
+    const auto entries = disk.list(root()).value();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].name, "b\xFFyte");
-    EXPECT_EQ(entries[0].info, this->disk.stat(this->at("b\xFFyte")).value());
+    EXPECT_EQ(entries[0].info, disk.stat(at("b\xFFyte")).value());
     EXPECT_EQ(entries[0].info.size, 8);
     EXPECT_EQ(entries[0].info.kind, FileInfo::Kind::regular);
     EXPECT_NE(entries[0].info.born, distantPast);
     EXPECT_TRUE(entries[0].info.isWritable);
 }
 
-TYPED_TEST(FileSystemContract, MissingThingsAndWrongKindsHaveTheirErrors)
+TEST_P(FileSystemContract, MissingThingsAndWrongKindsHaveTheirErrors)
 {
-    this->write(this->at("file"), "x");
-    EXPECT_EQ(codeOf(this->disk.stat(this->at("none"))), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.stat(this->at("file") / "below")), ENOTDIR);
-    EXPECT_EQ(codeOf(this->disk.openForReading(this->at("none"))), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.openForReading(this->root())), EISDIR);
-    EXPECT_EQ(codeOf(this->disk.openForWriting(this->at("none"))), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.list(this->at("none"))), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.list(this->at("file"))), ENOTDIR);
-    EXPECT_EQ(codeOf(this->disk.createNew(this->at("none") / "file", 0644)), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.createNew(this->at(std::string(256, 'x').c_str()), 0644)), ENAMETOOLONG);
-    EXPECT_EQ(codeOf(this->disk.remove(this->at("none"))), ENOENT);
-    EXPECT_EQ(codeOf(this->disk.rename(this->at("none"), this->at("other"))), ENOENT);
+    write(at("file"), "x");
+    EXPECT_EQ(codeOf(disk.stat(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.stat(at("file") / "below")), ENOTDIR);
+    EXPECT_EQ(codeOf(disk.openForReading(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.openForReading(root())), EISDIR);
+    EXPECT_EQ(codeOf(disk.openForWriting(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.list(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.list(at("file"))), ENOTDIR);
+    EXPECT_EQ(codeOf(disk.createNew(at("none") / "file", 0644)), ENOENT);
+    EXPECT_EQ(codeOf(disk.createNew(at(std::string(256, 'x').c_str()), 0644)), ENAMETOOLONG);
+    EXPECT_EQ(codeOf(disk.remove(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.rename(at("none"), at("other"))), ENOENT);
 }
 
-TYPED_TEST(FileSystemContract, RenamingReplacesOnlyWhenAsked)
+TEST_P(FileSystemContract, RenamingReplacesOnlyWhenAsked)
 {
-    this->write(this->at("old"), "old");
-    this->write(this->at("new"), "new");
-    EXPECT_EQ(codeOf(this->disk.renameNoReplace(this->at("new"), this->at("old"))), EEXIST);
-    EXPECT_EQ(this->read(this->at("old")), "old");
-    EXPECT_TRUE(this->disk.rename(this->at("new"), this->at("old")));
-    EXPECT_TRUE(this->disk.renameNoReplace(this->at("old"), this->at("third")));
-    EXPECT_EQ(this->read(this->at("third")), "new");
-    EXPECT_EQ(this->names(), std::vector<std::string>{"third"});
+    write(at("old"), "old");
+    write(at("new"), "new");
+    EXPECT_EQ(codeOf(disk.renameNoReplace(at("new"), at("old"))), EEXIST);
+    EXPECT_EQ(read(at("old")), "old");
+    EXPECT_TRUE(disk.rename(at("new"), at("old")));
+    EXPECT_TRUE(disk.renameNoReplace(at("old"), at("third")));
+    EXPECT_EQ(read(at("third")), "new");
+    EXPECT_EQ(names(), std::vector<std::string>{"third"});
 }
 
-TYPED_TEST(FileSystemContract, LocksHoldUntilTheFileIsClosed)
+TEST_P(FileSystemContract, LocksHoldUntilTheFileIsClosed)
 {
-    this->write(this->at("file"), "x");
-    auto first = this->disk.openForWriting(this->at("file")).value();
-    auto second = this->disk.openForReading(this->at("file")).value();
+    write(at("file"), "x");
+    auto first = disk.openForWriting(at("file")).value();
+    auto second = disk.openForReading(at("file")).value();
     EXPECT_TRUE(first->tryLock());
     EXPECT_FALSE(second->tryLock());
     first.reset();
     EXPECT_TRUE(second->tryLock());
-    EXPECT_TRUE(this->disk.remove(this->at("file")));
+    EXPECT_TRUE(disk.remove(at("file")));
     EXPECT_EQ(second->info().value().links, 0u);
 }
 
-TYPED_TEST(FileSystemContract, OpenFilesFollowTheRename)
+TEST_P(FileSystemContract, OpenFilesFollowTheRename)
 {
-    this->write(this->at("file"), "hello");
-    auto file = this->disk.openForWriting(this->at("file")).value();
-    ASSERT_TRUE(this->disk.rename(this->at("file"), this->at("renamed")));
+    write(at("file"), "hello");
+    auto file = disk.openForWriting(at("file")).value();
+    ASSERT_TRUE(disk.rename(at("file"), at("renamed")));
     ASSERT_TRUE(file->write(std::as_bytes(std::span("HE", 2))));
     ASSERT_TRUE(file->truncate(4));
     ASSERT_TRUE(file->sync());
-    EXPECT_EQ(this->read(this->at("renamed")), "HEll");
-    EXPECT_EQ(file->info().value().inode, this->disk.stat(this->at("renamed")).value().inode);
-    EXPECT_EQ(this->names(), std::vector<std::string>{"renamed"});
+    EXPECT_EQ(read(at("renamed")), "HEll");
+    EXPECT_EQ(file->info().value().inode, disk.stat(at("renamed")).value().inode);
+    EXPECT_EQ(names(), std::vector<std::string>{"renamed"});
 }
 
-TYPED_TEST(FileSystemContract, FoldersAreMadeWithThoseAbove)
+TEST_P(FileSystemContract, FoldersAreMadeWithThoseAbove)
 {
-    EXPECT_TRUE(this->disk.makeFolders(this->at("a") / "b" / "c"));
-    EXPECT_TRUE(this->disk.makeFolders(this->at("a") / "b" / "c"));
-    EXPECT_EQ(this->disk.stat(this->at("a") / "b" / "c").value().kind, FileInfo::Kind::folder);
-    this->write(this->at("file"), "x");
-    EXPECT_EQ(codeOf(this->disk.makeFolders(this->at("file"))), ENOTDIR);
-    EXPECT_TRUE(this->disk.syncFolder(this->root()));
-    EXPECT_EQ(codeOf(this->disk.syncFolder(this->at("none"))), ENOENT);
+    EXPECT_TRUE(disk.makeFolders(at("a") / "b" / "c"));
+    EXPECT_TRUE(disk.makeFolders(at("a") / "b" / "c"));
+    EXPECT_EQ(disk.stat(at("a") / "b" / "c").value().kind, FileInfo::Kind::folder);
+    write(at("file"), "x");
+    EXPECT_EQ(codeOf(disk.makeFolders(at("file"))), ENOTDIR);
+    EXPECT_TRUE(disk.syncFolder(root()));
+    EXPECT_EQ(codeOf(disk.syncFolder(at("none"))), ENOENT);
 }
 
-TYPED_TEST(FileSystemContract, AFileWithoutWritePermissionIsNotWritableEvenForRoot)
+TEST_P(FileSystemContract, AFileWithoutWritePermissionIsNotWritableEvenForRoot)
 {
-    this->write(this->at("file"), "x");
+    write(at("file"), "x");
     {
-        auto copy = this->disk.createNew(this->at("readonly"), 0444).value();
+        auto copy = disk.createNew(at("readonly"), 0444).value();
         EXPECT_FALSE(copy->info().value().isWritable);
     }
-    EXPECT_FALSE(this->disk.stat(this->at("readonly")).value().isWritable);
-    auto file = this->disk.openForWriting(this->at("file")).value();
-    ASSERT_TRUE(file->copyAttributes(this->at("readonly")));
-    EXPECT_EQ(this->disk.stat(this->at("file")).value().mode, 0444u);
+    EXPECT_FALSE(disk.stat(at("readonly")).value().isWritable);
+    auto file = disk.openForWriting(at("file")).value();
+    ASSERT_TRUE(file->copyAttributes(at("readonly")));
+    EXPECT_EQ(disk.stat(at("file")).value().mode, 0444u);
 }
 
 } // namespace

@@ -1,10 +1,8 @@
 // Where files are: bookmarks and the standard folders.
 #include "io/Bookmark.h"
-#include "io/PosixFileSystem.h"
 #include "io/StandardPaths.h"
 #include "support/FakeFileSystem.h"
 #include "support/ManualScheduler.h"
-#include "support/TestEnvironment.h"
 
 #include <gtest/gtest.h>
 
@@ -53,18 +51,6 @@ TEST_F(Bookmarks, DamagedOnesAreRefused)
             length == bookmark.find('/') + 1 ? 0 : EINVAL)
             << length;
     EXPECT_EQ(resolveBookmark(disk, "/d/a").error().code, EINVAL);
-}
-
-TEST(BookmarksOnDisk, SurviveARename)
-{
-    const TemporaryFolder folder;
-    PosixFileSystem disk;
-    ASSERT_TRUE(disk.createNew(folder / "old", 0644));
-    const std::string bookmark = makeBookmark(disk, folder / "old").value();
-    if (disk.stat(folder / "old")->born == distantPast)
-        GTEST_SKIP() << "no birth times here";
-    ASSERT_TRUE(disk.rename(folder / "old", folder / "new"));
-    EXPECT_EQ(resolveBookmark(disk, bookmark)->path, folder / "new");
 }
 
 StandardPaths findIn(std::map<std::string, std::string> variables, std::string_view userDirs = "")

@@ -37,7 +37,7 @@ std::string repeated(Random& random, const std::vector<std::string>& parts, int6
 {
     std::string bytes;
     while (static_cast<int64_t>(bytes.size()) < size)
-        bytes += parts[static_cast<size_t>(random.below(static_cast<int64_t>(parts.size())))];
+        bytes += random.pick(parts);
     return bytes;
 }
 
@@ -89,18 +89,6 @@ TEST_F(ReadInPieces, GivesWhatAllBytesAtOnceGive)
         encodings.insert(file->content.encodingName);
     }
     EXPECT_EQ(encodings, (std::set<std::string>{"CP1251", "CP1252", "UTF-16", "UTF-8", "UTF-8?"}));
-}
-
-TEST_F(ReadInPieces, BreaksAndCharactersOverTheBorderOfAPiece)
-{
-    for (size_t before = 256 * 1024 - 4; before < 256 * 1024 + 1024 + 4;
-        before += before % 1024 == 1019 ? 1 : 3) {
-        const std::string bytes = std::string(before, 'x') + "\r\n😀\r\r\n";
-        disk.putFile("/a", bytes);
-        const auto file = read();
-        ASSERT_TRUE(file->content == TextFileReader::decode(bytes)) << before;
-        ASSERT_EQ(file->content.text.text({static_cast<int64_t>(before), 9}), u"\n😀\n\n") << before;
-    }
 }
 
 TEST_F(ReadInPieces, TakesWhatItGetsOfAFileThatChanges)

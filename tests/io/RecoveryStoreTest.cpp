@@ -1,5 +1,7 @@
 #include "io/RecoveryStore.h"
 
+#include "support/Repeated.h"
+
 #include "FakeDisk.h"
 #include "io/FileNames.h"
 
@@ -30,10 +32,7 @@ TEST_F(Recovery, KeepsTextCompleteSyncedPrivateAndNamedAfterTimeAndFile)
 
 TEST_F(Recovery, LongAndOddNamesFit)
 {
-    std::string name;
-    for (int i = 0; i < 125; ++i)
-        name += "ж";
-    const auto path = recovery.keepBytes("x", "/d/" + name + ".txt");
+    const auto path = recovery.keepBytes("x", "/d/" + repeated("ж", 125) + ".txt");
     ASSERT_TRUE(path);
     const std::string kept = path->filename();
     EXPECT_LE(kept.size(), 255u);

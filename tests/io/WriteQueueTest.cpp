@@ -107,23 +107,6 @@ TEST_F(Queue, FinishWritesOnTheSpotAndTellsAtOnce)
     EXPECT_EQ(written.size(), 4u) << "nothing is written twice";
 }
 
-TEST_F(Queue, NoOlderTextArrivesAfterAWriteAtOnce)
-{
-    enqueue("/d/a", "older");
-    ASSERT_TRUE(queue.writeNow({.target = "/d/a", .text = Rope(u"newer")}));
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/d/a"), "newer");
-
-    disk.failOnce(DiskOperation::createNew, ENOSPC);
-    enqueue("/d/a", "failed");
-    scheduler.settle();
-    ASSERT_TRUE(queue.writeNow({.target = "/d/a", .text = Rope(u"newest")}));
-    scheduler.advance(1h);
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/d/a"), "newest");
-    EXPECT_FALSE(queue.pendingText("/d/a"));
-}
-
 TEST_F(Queue, DestructionWritesWhatIsLeft)
 {
     {
