@@ -50,27 +50,6 @@ TEST(FirstNote, IsSavedNamedAndBroughtBack)
     EXPECT_EQ(desk.temporaries(), std::vector<fs::path>{});
 }
 
-TEST(FirstNote, UndoAndClipboardWorkUnderTheRussianLayout)
-{
-    Desk desk(&screen());
-    screen().output("setxkbmap -layout us,ru -option grp:menu_toggle");
-    desk.start();
-    screen().type("abc");
-    screen().output("setxkbmap -layout ru");
-    std::this_thread::sleep_for(200ms);
-    screen().key("ctrl+a");
-    screen().key("ctrl+c");
-    screen().key("Right");
-    screen().key("ctrl+v");
-    screen().key("ctrl+v");
-    screen().key("ctrl+z");
-    screen().type("f"); // the key of the letter а
-    const bool saved = eventually([&] { return contents(desk.notes() / "Untitled.txt") == "abcabcа"; });
-    screen().output("setxkbmap -layout us");
-    EXPECT_TRUE(saved) << contents(desk.notes() / "Untitled.txt");
-    screen().key("ctrl+q");
-}
-
 TEST(Signals, FlushWriteTheSessionAndEnd)
 {
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {

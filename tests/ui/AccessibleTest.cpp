@@ -140,7 +140,7 @@ TEST_F(AccessibleTest, UnitsOfEveryKindTileEveryText)
         u"\t", u"long-word_2"};
     test::Random random;
     while (text.size() < 9000) {
-        const auto& piece = pieces[static_cast<size_t>(random.below(std::size(pieces)))];
+        const auto& piece = random.pick(pieces);
         if (piece != u"\n" || text.size() > 6000) // a first line that is cut for shaping
             text += piece;
     }

@@ -59,21 +59,6 @@ protected:
 
 } // namespace
 
-TEST_F(CoordinatorTest, TypingReachesTheModelAndLeavesTheViewAlone)
-{
-    start("abc");
-    putCaret(3);
-    text().insertText(u"d");
-    settle();
-    EXPECT_EQ(text().text().text(), u"abcd");
-    EXPECT_EQ(text().selection().caret, 4);
-    EXPECT_EQ(place(), (std::pair<int64_t, int64_t>{1, 5}));
-    EXPECT_TRUE(*app->isDirty);
-    EXPECT_EQ(app->editorText(), Rope(u"abcd"));
-    text().undo();
-    EXPECT_EQ(text().text().text(), u"abc");
-}
-
 TEST_F(CoordinatorTest, AnotherDocumentStartsAtItsTopWithoutUndo)
 {
     start("abc");

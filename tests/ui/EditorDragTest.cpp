@@ -1,9 +1,9 @@
 // Text that is dragged within the editor, out of it and into it.
 #include "EditorViewFixture.h"
+#include "TurnUntil.h"
 
 #include <QDrag>
 #include <QDropEvent>
-#include <QElapsedTimer>
 #include <QMimeData>
 
 namespace quillmark {
@@ -141,11 +141,7 @@ TEST_F(EditorDrag, NearAnEdgeTheTextScrolls)
     install(lines(200));
     const auto data = textData(QStringLiteral("x"));
     dragOver(*data, {50, view.height() - 2.0});
-    QElapsedTimer timer;
-    timer.start();
-    while (model().scrollTop() < 2 * rowHeight() && timer.elapsed() < 10'000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    EXPECT_GE(model().scrollTop(), 2 * rowHeight());
+    EXPECT_TRUE(turnUntil([&] { return model().scrollTop() >= 2 * rowHeight(); }));
     dragOver(*data, {50, 200});
     const double stopped = model().scrollTop();
     settle();

@@ -169,20 +169,6 @@ TEST_F(EditorInput, SurroundingTextIsTheCaretsLineAndBounded)
     EXPECT_EQ(query<int>(Qt::ImAnchorPosition), 0) << "cut to what is shown";
 }
 
-TEST_F(EditorInput, AClickCommitsAndGoesWhereItWasMade)
-{
-    install(u"first\nsecond");
-    press(Qt::Key_End, control);
-    compose(QStringLiteral("語"));
-    click(placeOf(2));
-    EXPECT_EQ(text(), u"first\nsecond語");
-    EXPECT_EQ(caret(), 2);
-    compose(QStringLiteral("字"));
-    EXPECT_EQ(model().composition()->text, u"字");
-    type(QStringLiteral("x"));
-    EXPECT_EQ(text(), u"fi字xrst\nsecond語");
-}
-
 TEST_F(EditorInput, LosingTheFocusOrTheRightToEditCommits)
 {
     compose(QStringLiteral("字"));
@@ -197,28 +183,6 @@ TEST_F(EditorInput, LosingTheFocusOrTheRightToEditCommits)
     compose(QStringLiteral("x"));
     EXPECT_EQ(model().composition(), nullptr);
     EXPECT_EQ(text(), u"字語");
-}
-
-TEST_F(EditorInput, LivesThroughWhatHappensAroundIt)
-{
-    install(u"line\n");
-    press(Qt::Key_End, control);
-    compose(QStringLiteral("字字"), {cursor(1)});
-    QEvent palette(QEvent::PaletteChange);
-    QCoreApplication::sendEvent(&view, &palette);
-    view.resize(400, 50);
-    settle();
-    turnWheel(-120);
-    model().storage().replace({0, 4}, u"another line");
-    settle();
-    EXPECT_EQ(onScreen(), paintedAnew().copy(onScreen().rect()));
-    ASSERT_NE(model().composition(), nullptr);
-    commit(QStringLiteral("字"));
-    EXPECT_EQ(text(), u"another line\n字");
-    compose(QStringLiteral("gone"));
-    install(u"another document");
-    EXPECT_EQ(model().composition(), nullptr);
-    EXPECT_EQ(text(), u"another document");
 }
 
 TEST_F(EditorInput, TheInputMethodMovesTheSelection)

@@ -1,4 +1,5 @@
 #include "desktop/QtAppearance.h"
+#include "TurnUntil.h"
 #include "desktop/QtScheduler.h"
 
 #include <QApplication>
@@ -6,7 +7,6 @@
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QWidget>
 
@@ -15,6 +15,8 @@
 namespace quillmark {
 
 namespace {
+
+using test::turnUntil;
 
 enum : uint { noPreference = 0, prefersDark = 1, prefersLight = 2 };
 
@@ -79,15 +81,6 @@ private:
     const QString m_interface = QStringLiteral("org.freedesktop.portal.Settings");
     QDBusConnection m_bus;
 };
-
-template <class Condition> bool turnUntil(Condition condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition() && timer.elapsed() < 10'000)
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    return condition();
-}
 
 class QtAppearanceTest : public testing::Test {
 protected:

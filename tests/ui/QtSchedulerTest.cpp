@@ -1,7 +1,7 @@
 #include "desktop/QtScheduler.h"
+#include "TurnUntil.h"
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -14,18 +14,7 @@ namespace quillmark {
 
 namespace {
 
-/// Turns the event loop until the condition holds; gives up after some seconds.
-template <class Condition> bool turnUntil(Condition condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 10'000)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
-}
+using test::turnUntil;
 
 bool isMainThread()
 {

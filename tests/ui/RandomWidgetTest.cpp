@@ -28,7 +28,7 @@ Text randomText(Random& random, int64_t lines, int64_t piecesInLine)
     Text text;
     for (int64_t line = 0; line < lines; ++line) {
         for (int64_t piece = random.upTo(piecesInLine); piece > 0; --piece)
-            text += pieces[random.below(std::size(pieces))];
+            text += random.pick(pieces);
         text += u'\n';
     }
     return text;
@@ -76,7 +76,7 @@ private:
     {
         return text.replace(size_t(range.location), size_t(range.length), with);
     }
-    const Text& piece() { return pieces[m_random.below(std::size(pieces))]; }
+    const Text& piece() { return m_random.pick(pieces); }
     QPointF place()
     {
         return {
@@ -92,42 +92,17 @@ private:
         constexpr int64_t longest = 20'000; // pasting all of it again and again doubles it
         if (model().text().length() > longest)
             model().replace({longest / 4, longest}, u"");
-        const int64_t action = m_random.below(16);
+        using W = RandomWidget;
+        static constexpr void (W::* actions[])() = {&W::typePiece, &W::typePiece, &W::typePiece, &W::erase,
+            &W::move, &W::move, &W::useMouse, &W::look, &W::travel, &W::useInputMethod, &W::useInputMethod,
+            &W::useInputMethod, &W::dropPiece, &W::indent, &W::useClipboard, &W::interfere};
+        const int64_t action = m_random.below(std::ssize(actions));
         SCOPED_TRACE("action " + std::to_string(action));
-        switch (action) {
-        case 0:
-        case 1:
-        case 2:
-            return typePiece();
-        case 3:
-            return erase();
-        case 4:
-        case 5:
-            return move();
-        case 6:
-            return useMouse();
-        case 7:
-            return look();
-        case 8:
-            return travel();
-        case 9:
-        case 10:
-        case 11:
-            return useInputMethod();
-        case 12:
-            return dropPiece();
-        case 13:
-            return indent();
-        case 14:
-            return useClipboard();
-        default:
-            return interfere();
-        }
+        (this->*actions[action])();
     }
 
     /// What must have become of the text, if it may be edited.
     void expect(const Text& before, const Text& after) { expectText(model().isEditable() ? after : before); }
-    void expectUnchanged(const State& before) { expectText(before.text); }
     void expectText(const Text& wanted)
     {
         const Text is = text();
@@ -171,10 +146,10 @@ private:
         const State before = settled();
         constexpr int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home,
             Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown};
-        press(keys[m_random.below(std::size(keys))], maybe(shift));
+        press(m_random.pick(keys), maybe(shift));
         if (m_random.oneIn(4))
             press(Qt::Key_A, control);
-        expectUnchanged(before);
+        expectText(before.text);
         EXPECT_TRUE(isCharacterBoundary(model().text(), caret()) || isAtEdgeOfRow(caret()));
     }
 
@@ -207,7 +182,7 @@ private:
             before.text = replaced(before.text, grabbed, {});
         else if (view.dragged && view.dragEndsAs == Qt::MoveAction)
             before.text = text();
-        expectUnchanged(before);
+        expectText(before.text);
         if (m_random.oneIn(4))
             pasteWithTheMiddleButton();
     }
@@ -237,7 +212,7 @@ private:
             view.setEditorFont(editorFont({}, double(9 + m_random.below(16))));
             settle();
         }
-        expectUnchanged(before);
+        expectText(before.text);
         EXPECT_EQ(selected(), before.selected);
     }
 
