@@ -107,6 +107,21 @@ TEST_F(Queue, FinishWritesOnTheSpotAndTellsAtOnce)
     EXPECT_EQ(written.size(), 4u) << "nothing is written twice";
 }
 
+TEST_F(Queue, NoOlderTextArrivesAfterAWriteAtOnce)
+{
+    disk.failOnce(DiskOperation::createNew, ENOSPC);
+    enqueue("/d/a", "failed");
+    scheduler.settle();
+    enqueue("/d/b", "older");
+    for (const Path file : {"/d/a", "/d/b"})
+        ASSERT_TRUE(queue.writeNow({.target = file, .text = Rope(u"newest")}));
+    scheduler.advance(1h);
+    scheduler.settle();
+    EXPECT_EQ(disk.bytes("/d/a"), "newest");
+    EXPECT_EQ(disk.bytes("/d/b"), "newest");
+    EXPECT_FALSE(queue.pendingText("/d/a") || queue.pendingText("/d/b"));
+}
+
 TEST_F(Queue, DestructionWritesWhatIsLeft)
 {
     {
