@@ -11,8 +11,12 @@ AppDelegate::AppDelegate()
 {
     QApplication::setQuitOnLastWindowClosed(true);
     connect(qApp, &QApplication::applicationStateChanged, this, [this](Qt::ApplicationState state) {
-        if (state != Qt::ApplicationActive)
+        const bool isActive = state == Qt::ApplicationActive;
+        if (!isActive)
             applicationWillResignActive();
+        else if (m_hasBeenAway)
+            applicationDidBecomeActive();
+        m_hasBeenAway = !isActive;
     });
     connect(qApp, &QApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
     // Direct: the session waits for the answer.
@@ -38,6 +42,12 @@ void AppDelegate::applicationWillResignActive()
 {
     if (AppState* app = AppState::shared())
         app->willResignActive();
+}
+
+void AppDelegate::applicationDidBecomeActive()
+{
+    if (AppState* app = AppState::shared())
+        app->didBecomeActive();
 }
 
 void AppDelegate::applicationWillTerminate()

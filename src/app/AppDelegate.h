@@ -20,10 +20,13 @@ public:
     void applicationDidFinishLaunching();
     void applicationOpenFiles(std::span<const Path> files); ///< the last one ends active
     void applicationWillResignActive();
+    void applicationDidBecomeActive(); ///< again
     void applicationWillTerminate();
 
 private:
     void sessionWillEnd();
+
+    bool m_hasBeenAway = false; ///< in the background
 };
 
 } // namespace quillmark

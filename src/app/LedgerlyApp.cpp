@@ -63,7 +63,13 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
         m_screenshot = std::make_unique<Screenshot>(*m_app, *m_window, m_scheduler, *commandLine.screenshot);
 }
 
-LedgerlyApp::~LedgerlyApp() = default;
+LedgerlyApp::~LedgerlyApp()
+{
+    m_screenshot.reset();
+    m_window.reset();
+    m_app.reset();
+    m_scheduler.drain(); // what still runs in the background uses the disk and the log
+}
 
 int LedgerlyApp::run()
 {

@@ -116,6 +116,10 @@ public:
     // The document as a whole.
     void setLineEndings(std::string_view value); ///< "LF" or "CRLF"; the file is written anew
     void setLanguageOverride(Language language); ///< stays with the tab
+    /// Chooses the language of a text that has none by what was pasted into it. For the editor's own view.
+    void detectLanguageAfterPaste(std::u16string_view text, const PlainTextView& view);
+    /// Brings the place at this fraction of the document's height to the middle, where there is room.
+    void scrollEditorToFraction(double fraction); ///< 0 to 1
     void goToLine(int64_t line); ///< 1-based; the last line where there are fewer
     /// What the save panel starts with.
     struct SaveSuggestion {
@@ -140,6 +144,7 @@ public:
 
     // What the application delegate does.
     void willResignActive();
+    void didBecomeActive(); ///< looks whether files have changed meanwhile
     void willTerminate(); ///< when it returns, every word is on the disk, or in the recovery folder
 };
 

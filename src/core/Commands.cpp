@@ -74,6 +74,11 @@ bool hasActiveTab(const AppState& app, Shell&)
     return app.activeTab() != nullptr;
 }
 
+bool hasDocument(const AppState& app, Shell&)
+{
+    return app.activeTab() && !app.isLoading.get();
+}
+
 bool hasSeveralTabs(const AppState& app, Shell&)
 {
     return app.tabs->size() > 1;
@@ -139,7 +144,7 @@ bool isCRLF(const AppState& app)
 
 bool isWritable(const AppState& app, Shell&)
 {
-    return !app.isReadOnly.get();
+    return !app.isReadOnly.get() && !app.isLoading.get();
 }
 
 void closeTab(AppState& app, Shell&)
@@ -206,7 +211,7 @@ const std::array table = {
         .keySigns = "⇧⌘S",
         .linuxKeys = {"Ctrl+Shift+S"},
         .icon = "",
-        .isEnabled = hasActiveTab,
+        .isEnabled = hasDocument,
         .run = saveAs},
     Command{.id = "file.closeTab",
         .menu = Menu::file,

@@ -25,11 +25,13 @@ constexpr std::array formats = {
     SaveAsFormat{"Без расширения", std::nullopt},
 };
 
-/// Without the extension. A dot at the start of a hidden file's name does not begin one.
+/// Without the extension. A dot at the start of a hidden file's name does not begin one, nor one in the name
+/// of a folder: panels take paths for names.
 std::string_view stemOf(std::string_view name)
 {
     const size_t dot = name.rfind('.');
-    const bool hasExtension = dot != name.npos && dot > 0 && dot + 1 < name.size();
+    const size_t start = name.rfind('/') + 1; // 0 without a folder
+    const bool hasExtension = dot != name.npos && dot > start && dot + 1 < name.size();
     return hasExtension ? name.substr(0, dot) : name;
 }
 

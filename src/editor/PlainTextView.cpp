@@ -46,10 +46,10 @@ void PlainTextView::Impl::finish(const Selection& before, Changed changed, Revea
     if (reveal == Reveal::caret)
         viewport.reveal(selection.position());
     viewport.rows();
-    const bool hasMoved = selection != before;
+    const bool mayHaveMoved = changed == Changed::text || selection != before; // in lines, at least
     if (changed == Changed::text && delegate)
         delegate->textDidChange();
-    if (hasMoved && delegate)
+    if (mayHaveMoved && delegate)
         delegate->textViewDidChangeSelection();
     tellScrolled();
     needsDisplay.emit();
@@ -187,6 +187,11 @@ void PlainTextView::scrollBy(double pixels)
 double PlainTextView::scrollTop() const
 {
     return m_impl->viewport.top();
+}
+
+double PlainTextView::visibleHeight() const
+{
+    return m_impl->viewport.height();
 }
 
 double PlainTextView::contentHeight() const

@@ -27,7 +27,8 @@ public:
     public:
         virtual ~Delegate() = default;
         virtual void textDidChange() = 0; ///< after each edit, undo and redo included, but not after setText
-        virtual void textViewDidChangeSelection() = 0;
+        virtual void textViewDidChangeSelection() = 0; ///< and after each edit: its line may be another one
+        virtual void textViewDidPaste(std::u16string_view) {} ///< from the clipboard, with line feeds
     };
 
     PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& clipboard);
@@ -66,8 +67,7 @@ public:
     bool canRedo() const;
     void undo();
     void redo();
-    void
-    breakUndoJoin(); ///< the next typing is a step of its own (the document was saved, the focus moved …)
+    void breakUndoJoin(); ///< the next typing is a step of its own (the focus moved …)
     void cut();
     void copy(); ///< nothing while the selection is empty
     void paste(Clipboard::Buffer buffer = Clipboard::Buffer::clipboard);
@@ -101,6 +101,7 @@ public:
     const std::vector<VisibleRow>& visibleRows(); ///< good until the next call of any other function
     void scrollBy(double pixels); ///< down when positive; stops at both ends
     double scrollTop() const; ///< pixels from the top of the content to the top of the visible area
+    double visibleHeight() const; ///< as set
     double contentHeight() const; ///< of all rows, estimates included, and both insets
     void scrollTo(
         double top); ///< lands near by where estimates are corrected on the way; both ends are exact

@@ -197,8 +197,11 @@ void PlainTextView::paste(Clipboard::Buffer buffer)
     if (!m_impl->isEditable)
         return;
     const std::u16string text = withLineFeeds(m_impl->clipboard.text(buffer));
-    if (!text.empty())
-        m_impl->edit(UndoManager::Kind::other, m_impl->selection.range(), text);
+    if (text.empty())
+        return;
+    m_impl->edit(UndoManager::Kind::other, m_impl->selection.range(), text);
+    if (m_impl->delegate)
+        m_impl->delegate->textViewDidPaste(text);
 }
 
 // Drag and drop

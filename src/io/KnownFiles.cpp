@@ -59,11 +59,6 @@ void KnownFiles::move(const Path& from, const Path& to)
     }
 }
 
-bool KnownFiles::knows(const Path& path) const
-{
-    return find(path).has_value();
-}
-
 std::optional<KnownFiles::Entry> KnownFiles::find(const Path& path) const
 {
     const std::lock_guard lock(m_mutex);
@@ -84,7 +79,10 @@ KnownFiles::State KnownFiles::stateOf(FileSystem& disk, const Path& path, const 
     const auto hash = hashOf(contentOfFile(disk, path));
     if (!hash || *hash != entry->stamp.hash)
         return State::changed;
-    remember(path, FileStamp(info, *hash));
+    const std::lock_guard lock(m_mutex);
+    const auto now = m_entries.find(path.native());
+    if (now != m_entries.end() && now->second.stamp == entry->stamp) // else somebody knows better by now
+        now->second = {.stamp = FileStamp(info, *hash), .expected = {}};
     return State::asKnown;
 }
 

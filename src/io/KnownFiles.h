@@ -23,6 +23,7 @@ struct FileStamp {
     FileStamp() = default;
     FileStamp(const FileInfo& info, const ContentHash& contentHash);
     bool matches(const FileInfo& info) const; ///< nobody has written the file since
+    bool operator==(const FileStamp&) const = default;
 };
 
 class KnownFiles {
@@ -33,7 +34,6 @@ public:
     void rememberMissing(const Path& path); ///< whatever appears there is somebody else's, unless empty
     void forget(const Path& path);
     void move(const Path& from, const Path& to); ///< the file has been renamed by us
-    bool knows(const Path& path) const;
 
     enum class State {
         unknown, ///< the file was neither read nor written here

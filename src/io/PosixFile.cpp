@@ -15,9 +15,12 @@ namespace {
 
 constexpr auto accessControlList = "system.posix_acl_access";
 
+/// File systems know times that do not fit: these count as the farthest ones whose difference does.
 WallTime wallTime(const statx_timestamp& time)
 {
-    return WallTime(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+    constexpr int64_t farthest = 4'000'000'000; // seconds: until 2096, and as far back
+    const int64_t seconds = std::clamp<int64_t>(time.tv_sec, -farthest, farthest);
+    return WallTime(std::chrono::seconds(seconds) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
 FileInfo::Kind kindOf(uint32_t mode)

@@ -149,9 +149,4 @@ Result<Path> makeUnderFreeName(FileSystem& files, const Path& folder, std::strin
     }
 }
 
-Path uniqueNoteURL(FileSystem& files, const Path& folder, std::string_view baseName)
-{
-    return *makeUnderFreeName(files, folder, baseName, [](const Path&) { return Status(); });
-}
-
 } // namespace quillmark

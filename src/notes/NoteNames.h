@@ -36,9 +36,6 @@ std::string nameWithSuffix(std::string_view stem, std::string_view suffix);
 
 std::string conflictSuffix(WallTime time); ///< " (conflict 2026-03-05 14-07)", in local time
 
-/// The first of "Plan.txt", "Plan 2.txt", "Plan 3.txt" … in the folder that no file-system object has.
-Path uniqueNoteURL(FileSystem& files, const Path& folder, std::string_view baseName);
-
 /// Does `make` with free names until it does not fail with EEXIST: somebody else may take a name between the
 /// look and the making. Returns the name that was made, or why not.
 Result<Path> makeUnderFreeName(FileSystem& files, const Path& folder, std::string_view baseName,

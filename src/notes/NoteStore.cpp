@@ -64,6 +64,7 @@ void NoteStore::useFolder(const Path& folder)
     m_renameTasks.clear();
     m_syncTask.cancel();
     m_unmade.clear();
+    m_reported.clear();
     clearSearch();
     (void)m_services.files.makeFolders(folder);
     folderURL.set(folder);
@@ -157,20 +158,31 @@ void NoteStore::setByteSize(Uuid id, int64_t byteSize)
 
 Path NoteStore::uniqueNoteURL(std::string_view baseName) const
 {
-    return quillmark::uniqueNoteURL(m_services.files, folderURL.get(), baseName);
+    return *makeFile(folderURL.get(), baseName, [](const Path&) { return Status(); });
 }
 
-Result<Path> NoteStore::makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make)
+Result<Path> NoteStore::makeFile(
+    const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make)
 {
-    return makeUnderFreeName(m_services.files, folderURL.get(), baseName, [&](const Path& url) {
-        // A queued text will make a file of this name and would replace what we put there.
-        return m_services.writeQueue.pendingText(url) ? systemFailure(EEXIST) : make(url);
+    return makeUnderFreeName(m_services.files, folder, baseName,
+        [&](const Path& url) { return isPromised(url) ? systemFailure(EEXIST) : make(url); });
+}
+
+/// Whether a file of this name is yet to be made, and would replace what somebody else put there: by a queued
+/// text, or by the first save of a note whose file could not be made at once.
+bool NoteStore::isPromised(const Path& url) const
+{
+    if (m_services.writeQueue.pendingText(url))
+        return true;
+    return std::ranges::any_of(m_unmade, [&](const Uuid& id) {
+        const Note* note = find(id);
+        return note && note->url == url;
     });
 }
 
 Note NoteStore::createNote()
 {
-    const auto made = makeFile(untitled, [&](const Path& url) -> Status {
+    const auto made = makeFile(folderURL.get(), untitled, [&](const Path& url) -> Status {
         const auto file = m_services.files.createNew(url, newFileMode);
         if (!file)
             return std::unexpected(file.error());
@@ -214,8 +226,8 @@ Status NoteStore::moveToName(const Note& note, std::string_view baseName)
     // A queued text would otherwise make the old name again.
     if (const Status written = m_services.writeQueue.finish(note.url); !written)
         return written;
-    const auto target = makeFile(
-        baseName, [&](const Path& url) { return m_services.files.renameNoReplace(note.url, url); });
+    const auto target = makeFile(folderURL.get(), baseName,
+        [&](const Path& url) { return m_services.files.renameNoReplace(note.url, url); });
     if (!target)
         return std::unexpected(target.error());
     m_services.known.move(note.url, *target);
@@ -248,10 +260,11 @@ std::optional<Note> NoteStore::duplicateNote(Note note)
     const auto source = readFile(m_services.files, note.url);
     if (!source)
         return std::nullopt;
-    const auto target = makeFile(nameWithSuffix(fileStem(note.url), " copy"), [&](const Path& url) -> Status {
-        const auto made = createFile(m_services.files, url, source->info.mode, contentOf(source->bytes));
-        return made ? Status() : std::unexpected(made.error());
-    });
+    const auto target = makeFile(
+        folderURL.get(), nameWithSuffix(fileStem(note.url), " copy"), [&](const Path& url) -> Status {
+            const auto made = createFile(m_services.files, url, source->info.mode, contentOf(source->bytes));
+            return made ? Status() : std::unexpected(made.error());
+        });
     if (!target)
         return std::nullopt;
     note.id = Uuid::random();
@@ -266,7 +279,8 @@ void NoteStore::saveNoteText(const Rope& text, Uuid id)
     const Note* note = find(id);
     if (!note)
         return;
-    const auto written = m_services.writeQueue.writeNow({.target = note->url,
+    const Path url = note->url; // the record may change while older texts are dealt with
+    const auto written = m_services.writeQueue.writeNow({.target = url,
         .text = text,
         .lineEnds = LineEnds::lf,
         .outsideVersion = OutsideVersion::replaceKept});
@@ -275,7 +289,7 @@ void NoteStore::saveNoteText(const Rope& text, Uuid id)
         return;
     }
     m_services.log.line("Ledgerly: save failed: " + written.error().message);
-    (void)m_services.recovery.keep(text, note->url);
+    (void)m_services.recovery.keep(text, url);
 }
 
 std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& url)
@@ -283,7 +297,8 @@ std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& u
     const WallTime now = m_services.scheduler.wallNow();
     int64_t byteSize = 0;
     const std::string baseName = nameWithSuffix(fileStem(url), conflictSuffix(now));
-    const auto target = makeFile(baseName, [&](const Path& free) -> Status {
+    const Path folder = url.parent_path();
+    const auto target = makeFile(folder, baseName, [&](const Path& free) -> Status {
         const auto made = createFile(m_services.files, free, newFileMode, contentOf(text, LineEnds::lf));
         if (!made)
             return std::unexpected(made.error());
@@ -292,6 +307,8 @@ std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& u
     });
     if (!target)
         return std::nullopt;
+    if (folder != folderURL.get()) // of a note in the folder that was left
+        return *target;
     auto [title, preview] = titleAndPreviewOf(text);
     insertInFront({.id = Uuid::random(),
         .url = *target,

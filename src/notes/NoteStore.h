@@ -72,12 +72,12 @@ public:
     /// been renamed is gone, and new under a new id.
     std::function<void(const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs)>
         onExternalChanges;
+    void watchAnew(); ///< and bring `notes` up to date soon
     void scheduleSync(); ///< 0.4 s after the last call
     void syncWithDisk(); ///< brings `notes` up to date; what is known keeps its id
 
     // Note files.
-    Path uniqueNoteURL(
-        std::string_view baseName) const; ///< the first of "Plan.txt", "Plan 2.txt" … that is free
+    Path uniqueNoteURL(std::string_view baseName); ///< the first of "Plan.txt", "Plan 2.txt" … that is free
     /// An empty "Untitled" note in front of the list. Its file never replaces another one; when it cannot be
     /// made, the first save makes it.
     Note createNote();
@@ -108,10 +108,13 @@ private:
     void startContentSearch();
     void startWatchingFolder();
     bool isOnItsWay(const Note& note) const;
+    bool wasReported(const Uuid& id, const FileInfo& file);
     enum class Update { none, own, other }; ///< of a record: whether another program changed the file
     Update bringUpToDate(Note& note, const FileInfo& file);
     void scheduleRename(Uuid id);
-    Result<Path> makeFile(std::string_view baseName, const std::function<Status(const Path&)>& make);
+    Result<Path> makeFile(
+        const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make);
+    bool isPromised(const Path& url) const;
     Status moveToName(const Note& note, std::string_view baseName);
     void insertInFront(Note note);
     void update(const Note& note);
@@ -123,6 +126,7 @@ private:
     std::unique_ptr<FSWatcher> m_folderWatcher;
     Task m_syncTask;
     std::unordered_set<Uuid> m_unmade; ///< new notes whose files could not be made yet
+    std::unordered_map<Uuid, FileStamp> m_reported; ///< other programs' versions that were heard of
     std::unordered_map<Uuid, Task> m_renameTasks;
     Signal<> m_renamed;
 };

@@ -30,6 +30,12 @@ void NoteStore::startWatchingFolder()
     m_folderWatcher = m_services.watching.watchFolder(folderURL.get(), [this] { scheduleSync(); });
 }
 
+void NoteStore::watchAnew()
+{
+    startWatchingFolder();
+    scheduleSync();
+}
+
 void NoteStore::scheduleSync()
 {
     m_syncTask = m_services.scheduler.after(syncDelay, [this] { syncWithDisk(); });
@@ -59,6 +65,8 @@ void NoteStore::syncWithDisk()
                 removedIDs.push_back(note.id);
                 continue;
             }
+            if (file)
+                m_unmade.erase(note.id);
             const Update what = file ? bringUpToDate(note, file.mapped()->info) : Update::none;
             isChanged |= what != Update::none;
             if (what == Update::other)
@@ -86,13 +94,22 @@ bool NoteStore::isOnItsWay(const Note& note) const
     return m_services.writeQueue.pendingText(note.url).has_value() || m_unmade.contains(note.id);
 }
 
+/// A version stays another program's until somebody reads it, and is news only once.
+bool NoteStore::wasReported(const Uuid& id, const FileInfo& file)
+{
+    const auto [entry, isFirst] = m_reported.try_emplace(id, FileStamp(file, {}));
+    const bool isSame = !isFirst && entry->second.matches(file);
+    entry->second = FileStamp(file, {});
+    return isSame;
+}
+
 /// A save of our own, finished or queued, is not a change by another program.
 NoteStore::Update NoteStore::bringUpToDate(Note& note, const FileInfo& file)
 {
     if (m_services.writeQueue.pendingText(note.url))
         return Update::none;
     const auto state = m_services.known.stateOf(m_services.files, note.url, file);
-    const bool isOther = state == KnownFiles::State::changed && note.modifiedAt != file.modified;
+    const bool isOther = state == KnownFiles::State::changed && !wasReported(note.id, file);
     if (!isOther && !differs(note, file))
         return Update::none;
     note.modifiedAt = file.modified;

@@ -31,6 +31,7 @@ struct AppTest : testing::Test, AppWorld, PlainTextView::Delegate {
 
     void textDidChange() override { app->textDidChange(); }
     void textViewDidChangeSelection() override {}
+    void textViewDidPaste(std::u16string_view text) override { app->detectLanguageAfterPaste(text, view); }
 
     AppState& start()
     {

@@ -61,5 +61,26 @@ TEST_F(ComposingTest, QuittingAndDeletingKeepIt)
     EXPECT_EQ(noteText("last words.txt"), "last words");
 }
 
+TEST_F(ComposingTest, AnotherProgramsVersionDoesNotTakeItAway)
+{
+    putNote("note.txt", "old");
+    disk.putFile("/docs/a", "old");
+    start();
+    compose(u"字");
+    disk.putFile(note("note.txt"), "theirs");
+    app->store.syncWithDisk();
+    EXPECT_EQ(shown(), "theirs");
+    EXPECT_EQ(app->store.notes->size(), 2u);
+    EXPECT_EQ(app->store.notes->front().title, "字old");
+
+    open("/docs/a");
+    compose(u"字");
+    disk.erase("/docs/a");
+    disk.putFile("/docs/a", "theirs");
+    watching.deliver();
+    scheduler.advance(400ms);
+    EXPECT_EQ(shown(), "字old");
+}
+
 } // namespace
 } // namespace quillmark::test

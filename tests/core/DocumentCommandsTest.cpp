@@ -28,6 +28,37 @@ TEST_F(DocumentCommandsTest, OtherLineEndingsAreAnEdit)
     EXPECT_EQ(disk.bytes("/docs/a"), "one\r\ntwo\r\n");
 }
 
+TEST_F(DocumentCommandsTest, APastedTextTellsTheLanguageOfOneThatHasNone)
+{
+    start();
+    const auto paste = [&](const std::u16string& text) {
+        clipboard.setText(Rope(text));
+        view.paste();
+        return app->syntaxLanguage.get();
+    };
+    const std::u16string page = u"<!doctype html>12345";
+    EXPECT_EQ(paste(page.substr(1)), Language::plain);
+    EXPECT_EQ(paste(page.substr(0, 19)), Language::plain) << "too short to tell";
+    EXPECT_EQ(paste(page), Language::html);
+    app->setLanguageOverride(Language::plain);
+    EXPECT_EQ(paste(page), Language::plain);
+}
+
+TEST_F(DocumentCommandsTest, AFractionOfTheDocumentComesToTheMiddle)
+{
+    start();
+    app->scrollEditorToFraction(1);
+    EXPECT_EQ(view.scrollTop(), 0) << "all of it is visible";
+    type(std::string(99, '\n'));
+    const auto topAfter = [&](double fraction) {
+        app->scrollEditorToFraction(fraction);
+        return view.scrollTop() / FixedShaper::rowHeight;
+    };
+    EXPECT_EQ(topAfter(0), 0);
+    EXPECT_EQ(topAfter(0.5), 45);
+    EXPECT_EQ(topAfter(1), 90);
+}
+
 TEST_F(DocumentCommandsTest, GoingToALine)
 {
     start();
@@ -151,6 +182,8 @@ TEST(SaveAsFormat, NamesInAFormat)
     EXPECT_EQ(in("README", "md"), "README.md");
     EXPECT_EQ(in(".profile", "sh"), ".profile.sh");
     EXPECT_EQ(in("ends with.", "txt"), "ends with..txt");
+    EXPECT_EQ(in("/home/me/.config/notes", "md"), "/home/me/.config/notes.md");
+    EXPECT_EQ(in("a.b/.profile", "sh"), "a.b/.profile.sh");
     EXPECT_EQ(SaveAsFormat::all().size(), 16u);
     for (const Language language : allLanguages()) {
         const bool isOffered = language != Language::c && language != Language::rust;

@@ -74,10 +74,24 @@ TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
     start();
     open("/docs/large");
     type("into the empty text that stands in for it");
+    app->setLineEndings("CRLF");
     EXPECT_FALSE(app->isDirty.get());
+    app->isDirty.set(true);
     app->flushSave(AppState::AllowBackground::no);
     quit();
     EXPECT_EQ(disk.bytes("/docs/large"), bytes);
+}
+
+TEST_F(LoadingTest, ANoteThatHasGrownUnnoticed)
+{
+    putNote("note.txt", "small");
+    disk.putFile("/docs/a", "");
+    start();
+    open("/docs/a");
+    disk.putFile(note("note.txt"), std::string(limit + 1, 'x'));
+    select(0);
+    EXPECT_TRUE(app->isLoading.get());
+    EXPECT_TRUE(app->isReadOnly.get());
 }
 
 TEST_F(LoadingTest, FactsAndLanguageOfTheFile)

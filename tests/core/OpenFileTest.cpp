@@ -52,6 +52,43 @@ TEST_F(OpenFile, ANewVersionIsShownUnlessItIsTheSame)
     EXPECT_EQ(noticeShown(), "");
 }
 
+TEST_F(OpenFile, ALargeFileIsComparedInTheBackground)
+{
+    const std::string large(600 * 1024, 'x');
+    theyWrite("/d/a", large);
+    hear();
+    ASSERT_EQ(shown(), large);
+    const int64_t generation = app->loadGeneration.get();
+    theyWrite("/d/a", large);
+    hear();
+    EXPECT_EQ(app->loadGeneration.get(), generation);
+    theyWrite("/d/a", std::string(600 * 1024, 'y'));
+    watching.deliver();
+    scheduler.advance(400ms);
+    EXPECT_EQ(app->loadGeneration.get(), generation) << "nobody waits for the comparison";
+    scheduler.settle();
+    EXPECT_EQ(shown().front(), 'y');
+}
+
+TEST_F(OpenFile, WhatNobodyAnnouncedIsFoundWhenTheUserComesBack)
+{
+    disk.putFile("/d/a", "theirs, and longer");
+    putNote("theirs.txt", "new");
+    app->didBecomeActive();
+    scheduler.advance(400ms);
+    EXPECT_EQ(shown(), "theirs, and longer");
+    EXPECT_EQ(app->store.notes->front().title, "new");
+}
+
+TEST_F(OpenFile, BothSidesWroteTheSame)
+{
+    type("mine ");
+    theyWrite("/d/a", "mine old");
+    hear();
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_FALSE(app->isDirty.get());
+}
+
 TEST_F(OpenFile, UnsavedWordsWinAndTheOtherVersionIsKept)
 {
     theyWrite("/d/a", "theirs");

@@ -104,6 +104,21 @@ TEST_F(OpenNote, AVersionWithinTheSameSecondAndOfTheSameSizeIsShown)
     theyWrite(note("plan.txt"), "new2");
     hear();
     EXPECT_EQ(shown(), "new2");
+    const WallTime time = disk.stat(note("plan.txt"))->modified;
+    theyWrite(note("plan.txt"), "new3"); // by a tool that keeps times
+    disk.setModified(note("plan.txt"), time);
+    hear();
+    EXPECT_EQ(shown(), "new3");
+}
+
+TEST_F(OpenNote, BothSidesWroteTheSame)
+{
+    type("mine ");
+    theyWrite(note("plan.txt"), "mine plan");
+    hear();
+    EXPECT_EQ(conflictCopies(), Strings{});
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_FALSE(app->isDirty.get());
 }
 
 TEST_F(OpenNote, AVersionThatWasOpenedBeforeItWasAnnouncedNamesItsRecordAndTab)

@@ -167,6 +167,37 @@ TEST_F(RescueTest, BytesThatAreNoTextAreKeptBeforeTheyAreReplaced)
     type("y");
     app->flushSave(now);
     EXPECT_EQ(kept(), (Strings{bytes}));
+
+    disk.putFile("/docs/another", bytes);
+    open("/docs/another");
+    app->saveAs("/docs/another");
+    EXPECT_EQ(kept(), (Strings{bytes, bytes}));
+}
+
+TEST_F(RescueTest, BytesThatCannotBeKeptAreNotReplaced)
+{
+    const std::string large = "\x98\x81" + std::string(600 * 1024, 'b');
+    for (const std::string& bytes : {std::string("binary \x98\x81 bytes"), large}) {
+        disk.putFile("/docs/binary", bytes);
+        start();
+        open("/docs/binary");
+        scheduler.settle();
+        disk.putFile(recovered, "in its place");
+        type("x");
+        scheduler.advance(800ms);
+        scheduler.settle();
+        app->flushSave(now);
+        app->saveAs("/docs/binary");
+        EXPECT_TRUE(app->isDirty.get());
+        EXPECT_EQ(disk.bytes("/docs/binary"), bytes);
+        disk.erase(recovered);
+        app->flushSave(now);
+        EXPECT_EQ(kept(), (Strings{bytes}));
+        EXPECT_EQ(disk.bytes("/docs/binary")->front(), 'x');
+        close(app->tabs->size() - 1);
+        stop();
+        disk.erase(recovered);
+    }
 }
 
 TEST_F(RescueTest, NobodyWaitsUntilTheBytesOfALargeFileAreKept)

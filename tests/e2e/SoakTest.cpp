@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr int usualSeconds = 35;
+constexpr int usualSeconds = 45;
 constexpr auto longestPause
     = 1s; ///< gross: how busy the machine is, nobody knows. The real figure is printed
 constexpr int mostPieces = 3; ///< of a sentence under which the document was exchanged while it was typed

@@ -103,8 +103,10 @@ void SyncTool::step()
             &SyncTool::writeInPlace, &SyncTool::writeInPlace, &SyncTool::writeInPlace,
             &SyncTool::rewriteSameBytes, &SyncTool::takeAway, &SyncTool::giveOtherName, &SyncTool::addOne};
     Operation operation = operations[static_cast<size_t>(below(operations.size()))];
-    if (below(40) == 0)
-        operation = m_mass.empty() ? &SyncTool::addMany : &SyncTool::removeMany;
+    if (below(30) == 0)
+        operation = m_mass.empty() ? &SyncTool::addMany
+            : below(2) == 0        ? &SyncTool::changeMany
+                                   : &SyncTool::removeMany;
     (this->*operation)();
 }
 
@@ -303,6 +305,16 @@ void SyncTool::addMany()
             m_mass[file] = version;
     }
     count("hundreds added");
+}
+
+void SyncTool::changeMany()
+{
+    for (auto& [file, version] : m_mass) {
+        const int next = makeVersion();
+        if (replace(file, m_versions[next], false))
+            version = next;
+    }
+    count("hundreds changed");
 }
 
 void SyncTool::removeMany()

@@ -63,6 +63,7 @@ private:
     void giveOtherName();
     void addOne();
     void addMany();
+    void changeMany();
     void removeMany();
 
     bool replace(const Path& target, const std::string& bytes, bool keepTime);

@@ -96,11 +96,8 @@ TEST(ConflictSuffix, SurvivesAnyClock)
 TEST(MakeUnderFreeName, NumbersTheNameUntilItIsFree)
 {
     World world;
-    EXPECT_EQ(uniqueNoteURL(world.disk, World::notes, "Untitled"), world.note("Untitled.txt"));
     world.putNote("Untitled.txt", "");
     world.disk.putFolder(world.note("Untitled 2.txt"));
-    EXPECT_EQ(uniqueNoteURL(world.disk, World::notes, "Untitled"), world.note("Untitled 3.txt"));
-
     std::vector<std::string> tried;
     const auto made = makeUnderFreeName(world.disk, World::notes, "Untitled", [&](const Path& url) -> Status {
         tried.push_back(url.filename());

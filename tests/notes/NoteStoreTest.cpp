@@ -124,6 +124,13 @@ TEST_F(NoteStoreTest, ANewNoteComesEvenWhenTheDiskRefusesItsFile)
     EXPECT_EQ(note.url, World::note("Untitled.txt"));
     EXPECT_EQ(store->notes->size(), 1u);
     EXPECT_TRUE(noteNames().empty());
+
+    EXPECT_EQ(store->createNote().url, World::note("Untitled 2.txt"))
+        << "the first has its name until it is made";
+    disk.heal();
+    EXPECT_EQ(store->createNote().url, World::note("Untitled 3.txt"));
+    store->saveNoteText(Rope(u"words"), note.id);
+    EXPECT_EQ(disk.bytes(World::note("Untitled.txt")), "words");
 }
 
 TEST_F(NoteStoreTest, DuplicatesStandInFront)
@@ -204,6 +211,12 @@ TEST_F(NoteStoreTest, ConflictCopiesAreNotesOfTheirOwn)
     EXPECT_EQ(only().title, "mine too");
     EXPECT_EQ(only().byteSize, 8);
     EXPECT_EQ(disk.bytes(note("Plan.txt")), "theirs");
+
+    disk.putFile("/left/Plan.txt", "theirs");
+    const auto beside = store->writeConflictCopy(Rope(u"mine"), "/left/Plan.txt");
+    ASSERT_TRUE(beside);
+    EXPECT_EQ(beside->parent_path(), Path("/left")) << "of a folder that was chosen before";
+    EXPECT_EQ(store->notes->size(), 3u);
 }
 
 TEST_F(NoteStoreTest, WordsThatCannotBeWrittenAreKept)

@@ -88,6 +88,14 @@ TEST_F(CoordinatorTest, CountsLinesAndColumnsInUnits)
     EXPECT_EQ(place(), (std::pair<int64_t, int64_t>{2, 1})) << "where the selection begins";
     text().select({.anchor = 4, .caret = 9});
     EXPECT_EQ(place(), (std::pair<int64_t, int64_t>{2, 1}));
+
+    open("short.txt", "x\nz");
+    putCaret(2);
+    text().deleteBackward();
+    putCaret(2);
+    text().undo();
+    EXPECT_EQ(text().selection().caret, 2);
+    EXPECT_EQ(place(), (std::pair<int64_t, int64_t>{2, 1})) << "the same offset is in another line";
 }
 
 TEST_F(CoordinatorTest, CountsNoLinesInVeryLongTexts)

@@ -61,6 +61,11 @@ void Coordinator::textViewDidChangeSelection()
     m_app.cursorColumn.set(caret - text.startOf(line) + 1);
 }
 
+void Coordinator::textViewDidPaste(std::u16string_view text)
+{
+    m_app.detectLanguageAfterPaste(text, m_view.textView());
+}
+
 void Coordinator::boundsChanged()
 {
     const PlainTextView& view = m_view.textView();

@@ -20,6 +20,7 @@ public:
 private:
     void textDidChange() override;
     void textViewDidChangeSelection() override;
+    void textViewDidPaste(std::u16string_view text) override;
     void boundsChanged();
     void installText();
     bool isTypedElsewhere() const;

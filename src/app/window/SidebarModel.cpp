@@ -14,12 +14,16 @@ SidebarModel::SidebarModel(AppState& app, QObject* parent)
     , m_app(app)
 {
     m_connections.push_back(m_app.store.notes.onChange([this](const auto&) { rowsChanged(); }));
-    m_connections.push_back(m_app.tabs.onChange([this](const auto&) { rowsChanged(); }));
+    m_connections.push_back(m_app.tabs.onChange([this](const auto&) {
+        watchTabs();
+        rowsChanged();
+    }));
     m_connections.push_back(m_app.store.searchQuery.onChange([this](const auto&) { rowsChanged(); }));
     m_connections.push_back(m_app.store.contentMatchIDs.onChange([this](const auto& ids) {
         if (!ids.empty()) // they are only forgotten when the query changes, which is heard of too
             rowsChanged();
     }));
+    watchTabs();
     rowsChanged();
 }
 
@@ -39,7 +43,6 @@ void SidebarModel::rowsChanged()
     m_files = std::move(files);
     m_notes = std::move(notes);
     m_layout = SidebarLayout(int(m_files.size()), int(m_notes.size()));
-    watchTitles();
     endResetModel();
 }
 
@@ -54,12 +57,15 @@ std::vector<SidebarModel::ShownNote> SidebarModel::shownNotes() const
     return shown;
 }
 
-void SidebarModel::watchTitles()
+/// A note's tab becomes a file's when it is saved under another name.
+void SidebarModel::watchTabs()
 {
-    m_titleConnections.clear();
-    for (const auto& tab : m_app.fileTabs())
-        m_titleConnections.push_back(
+    m_tabConnections.clear();
+    for (const auto& tab : *m_app.tabs) {
+        m_tabConnections.push_back(
             tab->title.onChange([this, id = tab->id](const auto&) { titleChanged(id); }));
+        m_tabConnections.push_back(tab->source.onChange([this](const auto&) { rowsChanged(); }));
+    }
 }
 
 void SidebarModel::titleChanged(const Uuid& tabID)

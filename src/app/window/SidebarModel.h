@@ -39,7 +39,7 @@ private:
 
     void rowsChanged();
     std::vector<ShownNote> shownNotes() const;
-    void watchTitles();
+    void watchTabs();
     void titleChanged(const Uuid& tabID);
 
     AppState& m_app;
@@ -47,7 +47,7 @@ private:
     std::vector<Uuid> m_files;
     std::vector<ShownNote> m_notes;
     std::vector<Connection> m_connections;
-    std::vector<Connection> m_titleConnections;
+    std::vector<Connection> m_tabConnections;
 };
 
 } // namespace quillmark

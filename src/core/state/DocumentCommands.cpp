@@ -9,6 +9,8 @@
 namespace quillmark {
 namespace {
 
+constexpr int64_t leastPastedCharacters = 20; ///< that tell a language
+
 std::string forUser(const Path& path)
 {
     return utf8(utf16(path.native()));
@@ -21,7 +23,8 @@ std::string forUser(const Path& path)
 void AppState::setLineEndings(std::string_view value)
 {
     const auto tab = activeTab();
-    if (value == lineEndings.get() || (value != "LF" && value != "CRLF") || isReadOnly.get())
+    if (value == lineEndings.get() || (value != "LF" && value != "CRLF") || isReadOnly.get()
+        || isLoading.get())
         return;
     lineEndings.set(std::string(value));
     isDirty.set(true);
@@ -39,6 +42,16 @@ void AppState::setLanguageOverride(Language language)
         tab->languageOverride = language;
 }
 
+void AppState::detectLanguageAfterPaste(std::u16string_view text, const PlainTextView& view)
+{
+    const auto tab = activeTab();
+    if (&view != textView() || !tab || tab->languageOverride || syntaxLanguage.get() != Language::plain)
+        return;
+    const std::u16string_view start = firstGraphemes(text.substr(0, sniffedUnits), sniffedCharacters);
+    if (graphemeCount(start) >= leastPastedCharacters)
+        syntaxLanguage.set(guessLanguage(start));
+}
+
 void AppState::goToLine(int64_t line)
 {
     goToLineVisible.set(false);
@@ -49,6 +62,17 @@ void AppState::goToLine(int64_t line)
     view->select(Selection::at({view->text().startOf(wanted)}));
     view->scrollToCaret();
     view->becomeFirstResponder().emit();
+}
+
+void AppState::scrollEditorToFraction(double fraction)
+{
+    PlainTextView* const view = textView();
+    if (!view)
+        return;
+    const double document = view->contentHeight();
+    const double visible = view->visibleHeight();
+    if (visible < document)
+        view->scrollTo(std::max(0.0, std::min(document * fraction - visible * 0.5, document - visible)));
 }
 
 // ---- Another name
@@ -85,7 +109,10 @@ Status AppState::Impl::writeUnder(const Path& url)
     if (urlOf(*tab) == url) {
         if (const Status allowed = mayReplace(url); !allowed)
             return allowed;
+        if (const Status kept = keepBytes(url); !kept)
+            return kept;
     }
+    queuedSaves.erase(url.native()); // what is queued is older
     const uint64_t version = journal.version(document.id);
     const auto written = writeQueue.writeNow({.target = url,
         .text = currentText,
@@ -94,7 +121,6 @@ Status AppState::Impl::writeUnder(const Path& url)
         .version = version});
     if (!written)
         return std::unexpected(written.error());
-    queuedSaves.erase(url.native());
     journal.saved(document.id, version);
     unkept.erase(document.id);
     return {};
@@ -107,10 +133,10 @@ void AppState::Impl::adoptSavedAsFile(const Path& url, EditorTab& tab)
     Tabs rest = app.tabs.get();
     std::erase_if(
         rest, [&](const auto& other) { return other->id != tab.id && *other->source == TabSource(source); });
-    app.tabs.set(std::move(rest));
     tab.source.set(source);
     tab.title.set(displayName(url));
     tab.isDirty.set(false);
+    app.tabs.set(std::move(rest));
     app.isDirty.set(false);
     app.encodingName.set("UTF-8");
     document.unreadable.reset();
@@ -127,6 +153,7 @@ void AppState::Impl::adoptSavedAsFile(const Path& url, EditorTab& tab)
 
 void AppState::chooseNotesFolder(const Path& folder)
 {
+    m_impl->finishTyping();
     flushSave(AllowBackground::no);
     m_impl->rescueUnsavedText();
     commitActiveNoteTitle();
@@ -140,6 +167,7 @@ void AppState::chooseNotesFolder(const Path& folder)
 void AppState::reloadNotesFolder()
 {
     m_impl->saveTask.cancel();
+    m_impl->rescueUnsavedText();
     isDirty.set(false);
     Tabs rest = fileTabs();
     if (!store.notes->empty()) {

@@ -21,11 +21,40 @@ bool contains(const std::vector<Uuid>& ids, const Uuid& id)
 
 } // namespace
 
-/// Whether the file is the one that was last read or written, or has the same bytes.
-bool AppState::Impl::isAsKnown(const Path& url)
+/// Calls `then` unless the file is the one that was last read or written, or has the same bytes. Large ones
+/// are compared in the background, and nothing comes of it when the document is another one by then.
+void AppState::Impl::ifChanged(const Path& url, std::function<void()> then)
 {
+    using State = KnownFiles::State;
     const auto info = services.files.stat(url);
-    return info && services.writer.known().stateOf(services.files, url, *info) == KnownFiles::State::asKnown;
+    KnownFiles& known = services.writer.known();
+    if (!info || info->size < backgroundThreshold) {
+        if (!info || known.stateOf(services.files, url, *info) != State::asKnown)
+            then();
+        return;
+    }
+    comparing = services.scheduler.background(
+        Priority::userInitiated,
+        [&known, &files = services.files, url, info = *info](
+            const CancelToken&) { return known.stateOf(files, url, info); },
+        [this, url, then = std::move(then), id = document.id, flushedAt = lastFlushAt](State state) {
+            if (document.id != id || app.isLoading.get() || state == State::asKnown)
+                return;
+            if (lastFlushAt != flushedAt) // it was written meanwhile
+                return ifChanged(url, then);
+            then();
+        });
+}
+
+/// Whether another program has written just what a save would write. Nobody knows of a large text.
+bool AppState::Impl::isWrittenAlready(const Path& url, const FileInfo& info)
+{
+    const Rope text = app.editorText();
+    if (info.size >= backgroundThreshold || text.length() > info.size)
+        return false;
+    const auto ours = hashOf(contentOf(text, lineEnds()));
+    const auto theirs = hashOf(contentOfFile(services.files, url));
+    return ours && theirs && *ours == *theirs;
 }
 
 // ---- Files
@@ -35,6 +64,16 @@ void AppState::Impl::watchActiveFile(const EditorTab& tab)
     if (const FileSource* file = tab.file())
         activeFileWatcher
             = services.watching.watchFile(file->url, [this] { scheduleFileCheck(fileCheckDelay); });
+}
+
+/// Some changes nobody announces: on network disks, or above a folder that is watched.
+void AppState::didBecomeActive()
+{
+    store.watchAnew();
+    if (const auto tab = activeTab(); tab && tab->file()) {
+        m_impl->watchActiveFile(*tab);
+        m_impl->scheduleFileCheck(fileCheckDelay);
+    }
 }
 
 void AppState::Impl::scheduleFileCheck(Duration delay)
@@ -53,14 +92,22 @@ void AppState::Impl::checkActiveFileOnDisk()
     const SteadyTime now = services.scheduler.now();
     if (lastFlushAt && now - *lastFlushAt <= ownWriteWindow) // looked at once more when it is over
         return scheduleFileCheck(*lastFlushAt + ownWriteWindow - now + 1ms);
-    if (writeQueue.pendingText(file->url) || isAsKnown(file->url))
-        return;
-    const auto info = services.files.stat(file->url);
+    if (!writeQueue.pendingText(file->url))
+        ifChanged(file->url, [this, url = file->url] { activeFileChanged(url); });
+}
+
+void AppState::Impl::activeFileChanged(const Path& url)
+{
+    finishTyping();
+    const auto tab = app.activeTab();
+    const auto info = services.files.stat(url);
     if (!info && saysMissing(info.error())) {
         app.showNotice("Файл удалён или перемещён — текст в памяти, сохранится при следующей правке");
         app.isDirty.set(true);
         tab->isDirty.set(true);
         journal.textChanged(document.id);
+    } else if (app.isDirty.get() && info && isWrittenAlready(url, *info)) {
+        app.flushSave(AllowBackground::no);
     } else if (app.isDirty.get()) {
         app.showNotice(fileChangedNotice);
     } else {
@@ -86,15 +133,26 @@ void AppState::Impl::handleExternalNoteChanges(
         const Note* const note = app.store.find(*id);
         if (contains(removedIDs, *id))
             activeNoteRemoved(*app.activeTabID.get());
-        else if (contains(changedIDs, *id) && !isAsKnown(note->url))
-            activeNoteChanged(note->url);
+        else if (contains(changedIDs, *id))
+            ifChanged(note->url, [this, url = note->url] { activeNoteHasAnotherVersion(url); });
     }
     app.saveSession();
+}
+
+/// Whether it differs from the user's words, a save finds out.
+void AppState::Impl::activeNoteHasAnotherVersion(const Path& url)
+{
+    finishTyping();
+    const bool wasDirty = app.isDirty.get();
+    app.flushSave(AllowBackground::no);
+    if (!wasDirty || app.isDirty.get())
+        activeNoteChanged(url);
 }
 
 /// The user's words become a note of their own, and the editor shows what the other program wrote.
 void AppState::Impl::activeNoteChanged(Path url)
 {
+    finishTyping();
     const auto tab = app.activeTab();
     if (app.isDirty.get()) {
         keepAsConflictCopy(document.id, app.editorText(), url);
@@ -118,6 +176,7 @@ void AppState::Impl::keepAsConflictCopy(const Uuid& id, const Rope& text, const 
 
 void AppState::Impl::activeNoteRemoved(const Uuid& tabID)
 {
+    finishTyping();
     saveTask.cancel();
     rescueUnsavedText();
     app.isDirty.set(false);
@@ -133,6 +192,8 @@ void AppState::Impl::queuedNoteWasChanged(const Path& url)
     writeQueue.discard(url);
     const auto tab = app.activeTab();
     const bool isShown = tab && tab->note() && urlOf(*tab) == url && document.id == id;
+    if (isShown)
+        finishTyping();
     if (isShown && app.isDirty.get()) // what has been typed since is one copy with it
         return activeNoteChanged(url);
     if (text)

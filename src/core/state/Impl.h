@@ -13,6 +13,10 @@ namespace quillmark {
 /// From this size on (512 KiB) a document is read, and where nobody waits for it written, in the background.
 inline constexpr int64_t backgroundThreshold = 512 * 1024;
 
+/// How much of a text tells its language.
+inline constexpr int64_t sniffedCharacters = 2048;
+inline constexpr int64_t sniffedUnits = 64 * sniffedCharacters; // bounds what endless combining marks cost
+
 struct AppState::Impl {
     /// The active document as it was loaded.
     struct Document {
@@ -59,7 +63,9 @@ struct AppState::Impl {
     void scheduleSave();
     void keepBytesThenSave(const Path& url);
     Result<int64_t> write(const EditorTab& tab, const Path& url, AllowBackground allowBackground);
+    Status keepBytes(const Path& url);
     Status mayReplace(const Path& url);
+    bool isGone(const Path& url);
     LineEnds lineEnds() const;
     void announceEncoding(EditorTab& tab);
 
@@ -73,11 +79,14 @@ struct AppState::Impl {
     void scheduleFileCheck(Duration delay);
     void checkActiveFileOnDisk();
     void handleExternalNoteChanges(const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs);
+    void activeFileChanged(const Path& url);
+    void activeNoteHasAnotherVersion(const Path& url);
     void activeNoteChanged(Path url);
     void activeNoteRemoved(const Uuid& tabID);
     void keepAsConflictCopy(const Uuid& id, const Rope& text, const Path& url);
     void queuedNoteWasChanged(const Path& url);
-    bool isAsKnown(const Path& url);
+    void ifChanged(const Path& url, std::function<void()> then);
+    bool isWrittenAlready(const Path& url, const FileInfo& info);
 
     // What would be given up.
     void rescueUnsavedText();
@@ -105,6 +114,7 @@ struct AppState::Impl {
     bool isSessionRestored = false; ///< before, nothing may be written over the stored one
     std::unique_ptr<FSWatcher> activeFileWatcher; ///< while a file tab is active
     Task fileCheckTask;
+    Task comparing; ///< a large file with what we know of it
     std::optional<SteadyTime> lastFlushAt;
 
     Task saveTask;

@@ -10,8 +10,6 @@ namespace quillmark {
 namespace {
 
 constexpr int64_t hugeText = 4 * 1024 * 1024; ///< units; what it leaves behind goes back to the system
-constexpr int64_t sniffedCharacters = 2048;
-constexpr int64_t sniffedUnits = 64 * sniffedCharacters; // bounds what endless combining marks cost
 
 int64_t sizeOf(FileSystem& files, const Path& url)
 {
@@ -25,6 +23,7 @@ void AppState::Impl::loadActiveDocument()
 {
     loadTask.cancel();
     saveTask.cancel();
+    comparing.cancel();
     activeFileWatcher.reset();
     app.isLoading.set(false);
     const auto tab = app.activeTab();
@@ -38,7 +37,8 @@ void AppState::Impl::loadActiveDocument()
 
     const bool isOnDisk = writeQueue.finish(*url).has_value();
     const Note* note = tab->note() ? app.store.find(tab->note()->id) : nullptr;
-    const int64_t size = note ? note->byteSize : sizeOf(services.files, *url);
+    const int64_t size
+        = std::max(note ? note->byteSize : 0, sizeOf(services.files, *url)); // it may have grown
     app.isReadOnly.set(size > largestEditableFile);
     app.syntaxLanguage.set(tab->languageOverride.value_or(languageForURL(*url)));
     watchActiveFile(*tab);
@@ -72,8 +72,12 @@ void AppState::Impl::loadInBackground(const Path& url)
         Priority::userInitiated,
         [&files = services.files, url](const CancelToken& token) { return readTextFile(files, url, token); },
         [this, url, tabID = document.tabID](Result<TextFile> read) {
-            if (app.activeTabID.get() == tabID)
-                publish(url, std::move(read));
+            if (app.activeTabID.get() != tabID)
+                return;
+            const auto tab = app.activeTab();
+            if (tab && urlOf(*tab) != url) // renamed meanwhile
+                return loadActiveDocument();
+            publish(url, std::move(read));
         });
 }
 

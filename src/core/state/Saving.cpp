@@ -75,7 +75,7 @@ void AppState::flushSave(AllowBackground allowBackground)
 {
     m_impl->saveTask.cancel();
     const auto tab = activeTab();
-    if (!isDirty.get() || !tab || m_impl->document.tabID != tab->id)
+    if (!isDirty.get() || isLoading.get() || !tab || m_impl->document.tabID != tab->id)
         return;
     m_impl->currentText = editorText();
     m_impl->announceEncoding(*tab);
@@ -110,10 +110,25 @@ void AppState::Impl::keepBytesThenSave(const Path& url)
     document.keeping = services.scheduler.background(
         Priority::utility,
         [&recovery = services.recovery, url](const CancelToken&) { return recovery.keepCopy(url); },
-        [this](const Result<Path>&) {
+        [this, url](const Result<Path>& kept) {
+            if (!kept && !isGone(url))
+                return services.log.line("Quillmark: save failed: " + kept.error().message);
             document.isLossy = false;
             app.flushSave(AllowBackground::yes);
         });
+}
+
+/// The bytes that were no text are about to be replaced, and nothing is until they are kept.
+Status AppState::Impl::keepBytes(const Path& url)
+{
+    document.keeping.cancel();
+    if (!document.isLossy)
+        return {};
+    const auto kept = services.recovery.keepCopy(url);
+    if (!kept && !isGone(url))
+        return std::unexpected(kept.error());
+    document.isLossy = false;
+    return {};
 }
 
 /// A document that was read in an 8-bit encoding is written as UTF-8, and the user is told so once a tab.
@@ -133,9 +148,8 @@ Result<int64_t> AppState::Impl::write(const EditorTab& tab, const Path& url, All
 {
     if (const Status allowed = mayReplace(url); !allowed)
         return std::unexpected(allowed.error());
-    document.keeping.cancel();
-    if (std::exchange(document.isLossy, false)) // the bytes that were no text are about to be replaced
-        (void)services.recovery.keepCopy(url);
+    if (const Status kept = keepBytes(url); !kept)
+        return std::unexpected(kept.error());
 
     const WriteRequest request{.target = url,
         .text = currentText,
@@ -167,11 +181,14 @@ LineEnds AppState::Impl::lineEnds() const
 
 Status AppState::Impl::mayReplace(const Path& url)
 {
-    if (!document.unreadable)
-        return {};
+    const bool isAllowed = !document.unreadable || isGone(url);
+    return isAllowed ? Status() : std::unexpected(*document.unreadable);
+}
+
+bool AppState::Impl::isGone(const Path& url)
+{
     const auto info = services.files.stat(url);
-    const bool isGone = !info && saysMissing(info.error());
-    return isGone ? Status() : std::unexpected(*document.unreadable);
+    return !info && saysMissing(info.error());
 }
 
 } // namespace quillmark

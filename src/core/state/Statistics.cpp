@@ -20,7 +20,7 @@ void AppState::scheduleStats(Immediate immediate)
 void AppState::Impl::countNow()
 {
     statsTask = services.scheduler.background(
-        Priority::utility,
+        Priority::userInitiated, // not behind a disk that is slow to take a text
         [text = app.editorText()](const CancelToken& cancel) { return countText(text, cancel); },
         [this](std::optional<TextStatistics> counted) {
             if (!counted)
