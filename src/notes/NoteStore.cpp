@@ -156,7 +156,7 @@ void NoteStore::setByteSize(Uuid id, int64_t byteSize)
 
 // ---- Files
 
-Path NoteStore::uniqueNoteURL(std::string_view baseName) const
+Path NoteStore::uniqueNoteURL(std::string_view baseName)
 {
     return *makeFile(folderURL.get(), baseName, [](const Path&) { return Status(); });
 }

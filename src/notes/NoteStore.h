@@ -7,6 +7,7 @@
 
 #include "base/Observable.h"
 #include "base/Scheduler.h"
+#include "io/KnownFiles.h"
 #include "io/RecoveryStore.h"
 #include "io/WriteQueue.h"
 #include "notes/Note.h"

@@ -32,7 +32,7 @@ TEST_F(DocumentCommandsTest, APastedTextTellsTheLanguageOfOneThatHasNone)
 {
     start();
     const auto paste = [&](const std::u16string& text) {
-        clipboard.setText(Rope(text));
+        clipboard.setText(Rope(text), Clipboard::Buffer::clipboard);
         view.paste();
         return app->syntaxLanguage.get();
     };
