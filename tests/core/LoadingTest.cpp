@@ -84,11 +84,11 @@ TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
 
 TEST_F(LoadingTest, ANoteThatHasGrownUnnoticed)
 {
-    putNote("note.txt", "small");
+    putNote("small.txt", "small");
     disk.putFile("/docs/a", "");
     start();
     open("/docs/a");
-    disk.putFile(note("note.txt"), std::string(limit + 1, 'x'));
+    disk.putFile(note("small.txt"), std::string(limit + 1, 'x'));
     select(0);
     EXPECT_TRUE(app->isLoading.get());
     EXPECT_TRUE(app->isReadOnly.get());
