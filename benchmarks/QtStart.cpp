@@ -1,5 +1,6 @@
 // Process start to first painted frame, on a virtual display without a window manager, told from the screen's
 // pixels.
+#include "NotesFolder.h"
 #include "probe/Process.h"
 #include "probe/XServer.h"
 
@@ -34,18 +35,19 @@ private:
     fs::path m_path;
 };
 
-void measureStart(benchmark::State& state, const char* program)
+void measureStart(benchmark::State& state, const char* program, int noteCount = 0)
 {
     test::XServer screen(test::XServer::WindowManager::none);
     const Home home;
+    const fs::path documents = home.path() / "Documents";
+    bench::fillWithNotes(documents / "Notes", noteCount);
     const auto start = [&] {
         return test::spawn({.program = program,
             .environment = {{"HOME", home.path()}, {"XDG_CONFIG_HOME", home.path() / "config"},
                 {"XDG_STATE_HOME", home.path() / "state"}, {"XDG_DATA_HOME", home.path() / "data"},
                 {"XDG_CACHE_HOME", home.path() / "cache"}, {"XDG_RUNTIME_DIR", home.path() / "run"},
-                {"XDG_DOCUMENTS_DIR", home.path() / "documents"},
-                {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}, {"DISPLAY", screen.display()},
-                {"WAYLAND_DISPLAY", ""}, {"QT_QPA_PLATFORM", "xcb"}},
+                {"XDG_DOCUMENTS_DIR", documents}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"},
+                {"DISPLAY", screen.display()}, {"WAYLAND_DISPLAY", ""}, {"QT_QPA_PLATFORM", "xcb"}},
             .quiet = true});
     };
     bool warm = false;
@@ -79,12 +81,17 @@ void startMinimalQt(benchmark::State& state)
 {
     measureStart(state, QUILLMARK_MINIMAL_QT);
 }
+void startNotes(benchmark::State& state)
+{
+    measureStart(state, QUILLMARK_PROGRAM, 10'000);
+}
 BENCHMARK(startMinimalQt)
     ->Name("Start/MinimalQt")
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
     ->Iterations(15);
 BENCHMARK(startEmpty)->Name("Start/Empty")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(15);
+BENCHMARK(startNotes)->Name("Start/Notes10k")->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(15);
 
 } // namespace
 } // namespace quillmark
