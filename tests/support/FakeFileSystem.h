@@ -65,6 +65,7 @@ public:
     FileInfo infoOf(const Path& path) const; ///< throws when there is nothing, as those below do
     bool isLink(const Path& path) const;
     void setMode(const Path& path, uint32_t mode); ///< only the owner's bits are obeyed
+    void setModified(const Path& path, WallTime time);
     void setAttribute(const Path& path, const std::string& name, const std::string& value);
     std::string attribute(const Path& path, const std::string& name) const;
 

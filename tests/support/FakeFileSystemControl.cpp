@@ -92,6 +92,12 @@ void FakeFileSystem::setMode(const Path& path, uint32_t mode)
     find(path).value()->info.mode = mode;
 }
 
+void FakeFileSystem::setModified(const Path& path, WallTime time)
+{
+    const Lock lock(m_mutex);
+    find(path).value()->info.modified = time;
+}
+
 void FakeFileSystem::setAttribute(const Path& path, const std::string& name, const std::string& value)
 {
     const Lock lock(m_mutex);
