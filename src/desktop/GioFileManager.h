@@ -6,20 +6,32 @@
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 
+#include <memory>
+#include <optional>
+#include <string>
+
+using GCancellable = struct _GCancellable;
+
 namespace quillmark {
 
+/// Asks one question at a time, so that a file manager that never answers takes one thread and no more; of
+/// what is wanted meanwhile the last is kept. A question is given up after 10 s, and when this is destroyed.
 class GioFileManager final : public FileManager {
 public:
-    GioFileManager(Scheduler& scheduler, Log& log); ///< both outlive it and the scheduler's background work
+    GioFileManager(Scheduler& scheduler, Log& log); ///< both outlive it
+    ~GioFileManager() override;
 
     void reveal(const std::filesystem::path& file) override;
 
 private:
+    void askNext();
+
     Scheduler& m_scheduler;
     Log& m_log;
+    std::optional<std::filesystem::path> m_next;
+    std::shared_ptr<GCancellable> m_question;
+    Task m_asking;
+    Task m_deadline;
 };
-
-/// Waits for the answer, 10 s at most. Empty when that went well, else what went wrong. Any thread.
-std::string showInFileManager(const std::filesystem::path& file);
 
 } // namespace quillmark
