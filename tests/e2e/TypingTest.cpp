@@ -118,6 +118,8 @@ TEST_F(Typing, TheRussianLayoutTypesAndKeepsTheShortcuts)
     screen().key("ctrl+v");
     screen().key("ctrl+v");
     expectText("Привет, мирПривет, мир");
+    press({"ctrl+n"}); // a key of the menus; there is no Latin layout that it could be found in
+    EXPECT_TRUE(eventually([&] { return desk.noteNames().size() == 2; }));
 }
 
 TEST_F(Typing, TheMouseSelectsPastesAndDrags)

@@ -1,10 +1,11 @@
 #include "app/editor/EditorKeys.h"
 
+#include "app/LatinKeys.h"
+
 #include <QKeyEvent>
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace quillmark {
 
@@ -78,34 +79,11 @@ const CommandKey commandKeys[] = {
     {Qt::Key_A, Qt::ControlModifier, [](PlainTextView& text) { text.selectAll(); }},
 };
 
-/// The Latin letter that a keyboard has at the place of a key code of X and Wayland; 0 for other keys.
-int letterAt(quint32 keyCode)
-{
-    constexpr std::pair<quint32, std::string_view> rows[]
-        = {{24, "QWERTYUIOP"}, {38, "ASDFGHJKL"}, {52, "ZXCVBNM"}};
-    for (const auto& [first, letters] : rows) {
-        if (keyCode >= first && keyCode < first + letters.size())
-            return letters[keyCode - first];
-    }
-    return 0;
-}
-
-int shortcutKey(const QKeyEvent& event)
-{
-    constexpr int firstNonLatin = 0x80;
-    constexpr int firstNamed = 0x01000000; // Qt::Key_Escape and the other keys without a character
-    const int key = event.key();
-    if (key < firstNonLatin || key >= firstNamed)
-        return key;
-    const int letter = letterAt(event.nativeScanCode());
-    return letter != 0 ? letter : key;
-}
-
 } // namespace
 
 std::optional<KeyAction> actionFor(const QKeyEvent& event)
 {
-    const int key = shortcutKey(event);
+    const int key = latinKey(event);
     const Qt::KeyboardModifiers modifiers
         = event.modifiers() & ~(Qt::KeypadModifier | Qt::GroupSwitchModifier);
 
