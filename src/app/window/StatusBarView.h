@@ -1,5 +1,6 @@
 // The line below the editor: how much text there is, caret position, language, line endings, encoding and
-// whether everything is saved.
+// whether everything is saved. Where there is no room for all of it, the less important parts give way as a
+// whole: half a number says something else.
 #pragma once
 
 #include "app/window/TextLabel.h"
@@ -22,7 +23,9 @@ public:
     QMenu* makeLanguageMenu();
 
 protected:
+    QSize minimumSizeHint() const override;
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     TextLabel* addLabel();
@@ -30,9 +33,14 @@ private:
     void watch();
     void showStatistics();
     void showPosition();
+    void fit();
+    void give(size_t step);
+    int widthAt(size_t step) const;
     void convertLineEndings();
 
     AppState& m_app;
+    std::vector<QString> m_statisticsTexts; ///< the longest first, the last one empty
+    std::vector<int> m_statisticsWidths;
     TextLabel* m_statistics;
     TextLabel* m_position;
     TextButton* m_language;

@@ -20,15 +20,20 @@ void TextLabel::setText(const QString& text)
     if (m_text == text)
         return;
     m_text = text;
+    m_textWidth = widthOf(text, font());
     setAccessibleName(text);
     updateGeometry();
     update();
 }
 
+int TextLabel::widthOf(const QString& text, const QFont& font)
+{
+    return int(std::ceil(QFontMetricsF(font).horizontalAdvance(text)));
+}
+
 QSize TextLabel::sizeHint() const
 {
-    const QFontMetricsF metrics(font());
-    return {int(std::ceil(metrics.horizontalAdvance(m_text))), int(std::ceil(metrics.height()))};
+    return {m_textWidth, int(std::ceil(QFontMetricsF(font()).height()))};
 }
 
 QSize TextLabel::minimumSizeHint() const

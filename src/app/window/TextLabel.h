@@ -15,6 +15,7 @@ public:
 
     void setText(const QString& text);
     const QString& text() const { return m_text; }
+    static int widthOf(const QString& text, const QFont& font);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -24,6 +25,7 @@ protected:
 
 private:
     QString m_text;
+    int m_textWidth = 0;
     ThemeColor m_textColor;
 };
 
