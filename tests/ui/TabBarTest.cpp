@@ -118,6 +118,21 @@ TEST_F(TabBar, KeepsTheActiveTabInViewAndScrollsByWheel)
     EXPECT_TRUE(showsActive());
 }
 
+TEST_F(TabBar, WhatTheActiveTabGrowsByIsInViewTooUnlessItWasScrolledAway)
+{
+    open(30);
+    window.type("x"); // it gets its dot
+    EXPECT_TRUE(showsActive());
+    window.wait(std::chrono::seconds(1));
+    const QPointF place(20, 10);
+    QWheelEvent up(
+        place, strip().mapToGlobal(place), {}, QPoint(0, 2400), Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(&strip(), &up);
+    const int offset = strip().offset();
+    window.type("y");
+    EXPECT_EQ(strip().offset(), offset);
+}
+
 TEST_F(TabBar, LongTitlesAreCutAndDirtyOnesGrowByTheirDot)
 {
     window.addNote("long", std::string(70, 'w'));

@@ -89,7 +89,10 @@ TabItemView* TabStrip::takeItem(const Uuid& tabID)
 TabItemView* TabStrip::makeItem(const std::shared_ptr<EditorTab>& tab)
 {
     auto* item = new TabItemView(m_app, tab, this);
-    connect(item, &TabItemView::sizeHintChanged, this, [this] { place(Reveal::no); });
+    connect(item, &TabItemView::sizeHintChanged, this, [this, item] {
+        const bool wasInView = rect().contains(item->geometry());
+        place(item->isActive() && wasInView ? Reveal::active : Reveal::no);
+    });
     item->show();
     return item;
 }
