@@ -21,7 +21,6 @@ constexpr int spacing = 8;
 constexpr int symbolBox = 16;
 constexpr double cornerRadius = 12;
 constexpr double textSize = 14;
-constexpr double groundOpacity = 0.94; ///< what is below shines through a little
 constexpr int shadowRadius = 20;
 constexpr QPointF shadowOffset(0, 10);
 constexpr double shadowOpacity = 0.2;
@@ -98,11 +97,9 @@ void GoToLineView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const double pixel = 1.0 / painter.deviceTransform().m11();
-    QColor ground = color(ThemeColor::background);
-    ground.setAlphaF(float(groundOpacity));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(color(ThemeColor::separator), 1));
-    painter.setBrush(ground);
+    painter.setBrush(color(ThemeColor::background)); // words that shine through would only be in the way
     painter.drawRoundedRect(snapped(painter, rect()).adjusted(pixel / 2, pixel / 2, -pixel / 2, -pixel / 2),
         cornerRadius, cornerRadius);
     drawSymbol(painter, "arrow.right.to.line",
