@@ -129,6 +129,10 @@ public:
     };
     std::optional<SaveSuggestion> saveSuggestion() const; ///< nothing without a document
     void saveAs(const Path& path); ///< writes the text there; the tab shows the new file from then on
+    /// Where a panel starts: beside the active file, else where a file was last chosen in a panel, in this
+    /// run or an earlier one. Nothing when there is no such folder.
+    std::optional<Path> panelFolder() const;
+    void rememberPanelFolder(const Path& chosenFile);
     enum class Immediate { no, yes };
     void scheduleStats(Immediate immediate); ///< counts in the background, else 0.3 s after the last call
 

@@ -142,6 +142,24 @@ TEST_F(DocumentCommandsTest, ANoteSavedUnderAnotherNameBecomesAFile)
     EXPECT_EQ(titles(), Strings{"plan.py"});
 }
 
+TEST_F(DocumentCommandsTest, PanelsStartBesideTheFileElseWhereTheLastOneWas)
+{
+    disk.putFile("/docs/\xff/a.txt", "A");
+    start();
+    EXPECT_EQ(app->panelFolder(), std::nullopt);
+    app->rememberPanelFolder("/docs/\xff/a.txt");
+    restart();
+    EXPECT_EQ(app->saveSuggestion()->folder, "/docs/\xff");
+    disk.putFile("/other/b.txt", "B");
+    open("/other/b.txt");
+    EXPECT_EQ(app->saveSuggestion()->folder, "/other");
+    app->saveAs("/docs/\xff/c.txt");
+    app->newNote();
+    EXPECT_EQ(app->panelFolder(), "/docs/\xff");
+    app->rememberPanelFolder("/gone/d.txt");
+    EXPECT_EQ(app->saveSuggestion()->folder, notes);
+}
+
 TEST_F(DocumentCommandsTest, SavingOverTheFileOfAnotherTabLeavesOne)
 {
     disk.putFile("/docs/a.txt", "A");

@@ -18,14 +18,6 @@ QString shownPath(const Path& path)
     return QFile::decodeName(QByteArray::fromStdString(path.native()));
 }
 
-QString startFolder(const std::shared_ptr<EditorTab>& beside)
-{
-    const FileSource* file = beside ? beside->file() : nullptr;
-    if (!file)
-        return QDir::homePath();
-    return shownPath(file->url.parent_path());
-}
-
 /// The name takes what the other columns leave.
 void fitColumns(QFileDialog& panel)
 {
@@ -66,20 +58,19 @@ void addBelow(QFileDialog& panel, QWidget& accessory)
 
 } // namespace
 
-std::vector<Path> runOpenPanel(QWidget& window, const std::shared_ptr<EditorTab>& beside)
+std::vector<Path> runOpenPanel(QWidget& window, const std::optional<Path>& folder)
 {
     FileSymbols symbols; // outlives the panel
-    QFileDialog panel(&window, QStringLiteral("Открыть"), startFolder(beside));
+    QFileDialog panel(&window, QStringLiteral("Открыть"), folder ? shownPath(*folder) : QDir::homePath());
     dress(panel, symbols);
     panel.setFileMode(QFileDialog::ExistingFiles);
     return chosenIn(panel);
 }
 
-std::optional<Path> runSavePanel(
-    QWidget& window, const Path& folder, const AppState::SaveSuggestion& suggestion)
+std::optional<Path> runSavePanel(QWidget& window, const AppState::SaveSuggestion& suggestion)
 {
     FileSymbols symbols; // outlives the panel
-    QFileDialog panel(&window, QStringLiteral("Сохранить как"), shownPath(folder));
+    QFileDialog panel(&window, QStringLiteral("Сохранить как"), shownPath(suggestion.folder));
     dress(panel, symbols);
     panel.setAcceptMode(QFileDialog::AcceptSave);
     panel.setFileMode(QFileDialog::AnyFile);

@@ -3,7 +3,6 @@
 
 #include "core/AppState.h"
 
-#include <memory>
 #include <optional>
 #include <vector>
 
@@ -12,13 +11,10 @@ class QWidget;
 
 namespace quillmark {
 
-/// Modal for `window`. Starts in the folder of `beside` when that is a file, else in the home folder.
-/// Empty when cancelled.
-std::vector<Path> runOpenPanel(QWidget& window, const std::shared_ptr<EditorTab>& beside);
+/// Modal for `window`. Starts in `folder`, or in the home folder. Empty when cancelled.
+std::vector<Path> runOpenPanel(QWidget& window, const std::optional<Path>& folder);
 
-/// Modal for `window`. Starts in `folder` and asks before it returns a file that exists. Nothing when
-/// cancelled.
-std::optional<Path> runSavePanel(
-    QWidget& window, const Path& folder, const AppState::SaveSuggestion& suggestion);
+/// Modal for `window`. Asks before it returns a file that exists. Nothing when cancelled.
+std::optional<Path> runSavePanel(QWidget& window, const AppState::SaveSuggestion& suggestion);
 
 } // namespace quillmark

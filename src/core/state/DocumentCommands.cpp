@@ -5,11 +5,13 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace quillmark {
 namespace {
 
 constexpr int64_t leastPastedCharacters = 20; ///< that tell a language
+constexpr std::string_view panelFolderKey = "panelFolder"; ///< the bytes of its path
 
 std::string forUser(const Path& path)
 {
@@ -83,9 +85,8 @@ std::optional<AppState::SaveSuggestion> AppState::saveSuggestion() const
     if (!tab)
         return std::nullopt;
     const std::string extension(defaultSaveExtension(syntaxLanguage.get()));
-    const auto url = m_impl->urlOf(*tab);
     const std::string base = tab->file() ? fileStem(tab->file()->url) : fileBaseName(tab->title.get());
-    return SaveSuggestion{.folder = url ? url->parent_path() : store.folderURL.get(),
+    return SaveSuggestion{.folder = panelFolder().value_or(store.folderURL.get()),
         .name = base + "." + extension,
         .extension = extension};
 }
@@ -101,6 +102,22 @@ void AppState::saveAs(const Path& path)
     if (!written)
         return showNotice("Не удалось сохранить: " + written.error().message);
     m_impl->adoptSavedAsFile(url, *tab);
+    rememberPanelFolder(url);
+}
+
+std::optional<Path> AppState::panelFolder() const
+{
+    const auto tab = activeTab();
+    if (const FileSource* file = tab ? tab->file() : nullptr)
+        return file->url.parent_path();
+    const auto stored = m_impl->services.defaults.data(panelFolderKey);
+    const auto info = stored ? m_impl->services.files.stat(*stored) : systemFailure(ENOENT);
+    return info && info->kind == FileInfo::Kind::folder ? std::optional<Path>(*stored) : std::nullopt;
+}
+
+void AppState::rememberPanelFolder(const Path& chosenFile)
+{
+    m_impl->services.defaults.setData(panelFolderKey, chosenFile.parent_path().native());
 }
 
 Status AppState::Impl::writeUnder(const Path& url)
