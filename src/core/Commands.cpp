@@ -91,7 +91,10 @@ void newNote(AppState& app, Shell&)
 
 void openFiles(AppState& app, Shell& shell)
 {
-    for (const Path& file : shell.chooseFilesToOpen())
+    const std::vector<Path> chosen = shell.chooseFilesToOpen();
+    if (!chosen.empty())
+        app.rememberPanelFolder(chosen.front());
+    for (const Path& file : chosen)
         app.openFile(file);
 }
 
@@ -156,6 +159,11 @@ void closeTab(AppState& app, Shell&)
 void toggleSidebar(AppState&, Shell& shell)
 {
     shell.toggleSidebar();
+}
+
+void searchNotes(AppState&, Shell& shell)
+{
+    shell.searchNotes();
 }
 
 void quit(AppState&, Shell& shell)
@@ -303,6 +311,15 @@ const std::array table = {
         .linuxKeys = {"Ctrl+L"},
         .icon = "arrow.right.to.line",
         .run = goToLine},
+    Command{.id = "edit.searchNotes",
+        .menu = Menu::edit,
+        .group = 2,
+        .submenu = "Поиск",
+        .menuTitle = "Искать в заметках",
+        .keySigns = "⇧⌘F",
+        .linuxKeys = {"Ctrl+Shift+F"},
+        .icon = "magnifyingglass",
+        .run = searchNotes},
 
     Command{.id = "view.toggleSidebar",
         .menu = Menu::view,

@@ -19,6 +19,7 @@ public:
     virtual std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) = 0;
     virtual void reveal(const Path& file) = 0; ///< shows it selected in the file manager
     virtual void toggleSidebar() = 0;
+    virtual void searchNotes() = 0; ///< the keyboard goes to the field for a search among the notes
     virtual void quit() = 0;
 };
 

@@ -62,6 +62,7 @@ public:
     // Search.
     Observable<std::string> searchQuery; ///< as typed
     Observable<std::unordered_set<Uuid>> contentMatchIDs; ///< notes whose files contain the query
+    Observable<bool> isSearchingContents{false}; ///< more matches may come
     /// The notes whose title, preview or file contains the query, in the order of `notes`. Files are searched
     /// in the background, 0.2 s after the last call; titles and previews match at once.
     void updateSearchQuery(std::string_view text);

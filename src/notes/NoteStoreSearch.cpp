@@ -47,6 +47,7 @@ void NoteStore::updateSearchQuery(std::string_view text)
     m_searchTasks.clear();
     m_searchKey = SearchKey(utf16(text));
     contentMatchIDs.set({});
+    isSearchingContents.set(!m_searchKey.isEmpty());
     searchQuery.set(std::string(text));
     if (!m_searchKey.isEmpty())
         m_searchDelay = m_services.scheduler.after(searchDelay, [this] { startContentSearch(); });
@@ -77,8 +78,10 @@ void NoteStore::startContentSearch()
             },
             [this, found](const std::vector<Uuid>& ids) {
                 found->ids.insert(ids.begin(), ids.end());
-                if (--found->partsLeft == 0)
-                    contentMatchIDs.set(std::move(found->ids));
+                if (--found->partsLeft > 0)
+                    return;
+                contentMatchIDs.set(std::move(found->ids));
+                isSearchingContents.set(false);
             }));
     }
 }

@@ -12,6 +12,7 @@ struct CommandsTest : AppTest, Shell {
     std::optional<Path> target;
     AppState::SaveSuggestion suggested;
     Path revealed;
+    int searches = 0;
     int sidebarToggles = 0;
     int quits = 0;
 
@@ -23,6 +24,7 @@ struct CommandsTest : AppTest, Shell {
         return target;
     }
     void reveal(const Path& file) override { revealed = file; }
+    void searchNotes() override { ++searches; }
     void toggleSidebar() override { ++sidebarToggles; }
     void quit() override { ++quits; }
 
@@ -67,8 +69,9 @@ TEST_F(CommandsTest, FilesAndTabs)
     run("file.save");
     EXPECT_EQ(noteText("words.txt"), "xwords");
     run("view.toggleSidebar");
+    run("edit.searchNotes");
     run("app.quit");
-    EXPECT_EQ(sidebarToggles + quits, 2);
+    EXPECT_EQ(sidebarToggles + searches + quits, 3);
 }
 
 TEST_F(CommandsTest, EditingGoesToTheEditorThatHasTheFocus)

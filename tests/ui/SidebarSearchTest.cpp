@@ -6,7 +6,10 @@
 #include "app/window/SidebarList.h"
 #include "app/window/SidebarView.h"
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QInputMethodEvent>
+#include <QMenu>
 #include <QScrollBar>
 
 #include <gtest/gtest.h>
@@ -145,6 +148,75 @@ TEST_F(SidebarSearch, ArrowsLookAtWhatWasFoundAndEnterOpensIt)
     window.key(Qt::Key_Down);
     window.key(Qt::Key_Up);
     EXPECT_TRUE(field().hasFocus());
+}
+
+TEST_F(SidebarSearch, EscapeLeadsBackFromTheListToo)
+{
+    window.addNote("a", "a");
+    window.addNote("b", "b");
+    window.show();
+    window.key(Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_TRUE(field().hasFocus());
+    window.typeText(QStringLiteral("a"));
+    window.key(Qt::Key_Down);
+    window.key(Qt::Key_Escape);
+    EXPECT_TRUE(field().hasFocus());
+    window.key(Qt::Key_Escape);
+    window.key(Qt::Key_Down);
+    ASSERT_TRUE(list().hasFocus());
+    window.key(Qt::Key_Escape);
+    EXPECT_TRUE(window.view().editorArea().editor().hasFocus());
+}
+
+TEST_F(SidebarSearch, KeysWorkOnAKeyboardWithoutLatinLetters)
+{
+    window.addNote("a", "a");
+    window.show();
+    const auto press
+        = [&](QWidget& widget, const char16_t* letter, Qt::KeyboardModifiers modifiers, quint32 keyCode) {
+              QKeyEvent event(QEvent::KeyPress, *letter, modifiers, keyCode, 0, 0, QString());
+              QCoreApplication::sendEvent(&widget, &event);
+              window.settle();
+          };
+    press(window.view().editorArea().editor(), u"А", Qt::ControlModifier | Qt::ShiftModifier, 41);
+    ASSERT_TRUE(field().hasFocus());
+    window.typeText(QStringLiteral("слово"));
+    press(field(), u"Ф", Qt::ControlModifier, 38);
+    EXPECT_EQ(field().selectedText(), QStringLiteral("слово"));
+    press(field(), u"Т", Qt::ControlModifier, 57);
+    EXPECT_EQ(window.tabTitles().size(), 2u);
+}
+
+TEST_F(SidebarSearch, SaysThatNothingWasFoundOnlyOnceAllWasSearched)
+{
+    window.addNote("a", "a\n" + std::string(100, '.') + "deep");
+    showAndSearch(QStringLiteral("dee"));
+    EXPECT_EQ(notes(), Rows{});
+    EXPECT_FALSE(model().hasFoundNothing());
+    window.wait(200ms);
+    EXPECT_EQ(notes(), Rows{"a"});
+    window.typeText(QStringLiteral("r"));
+    EXPECT_FALSE(model().hasFoundNothing());
+    const QImage before = list().grab().toImage();
+    window.wait(200ms);
+    EXPECT_TRUE(model().hasFoundNothing());
+    EXPECT_NE(list().grab().toImage(), before);
+    window.key(Qt::Key_Escape);
+    EXPECT_FALSE(model().hasFoundNothing());
+}
+
+TEST_F(SidebarSearch, AMenuLeavesTheKeyboardWhereItIs)
+{
+    window.addNote("a", "a");
+    window.show();
+    const QPoint row = list().visualRect(model().activeIndex()).center();
+    QTest::mousePress(list().viewport(), Qt::RightButton, {}, row);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, row, list().viewport()->mapToGlobal(row));
+    QCoreApplication::sendEvent(list().viewport(), &event);
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    QApplication::activePopupWidget()->close();
+    window.settle();
+    EXPECT_TRUE(window.view().editorArea().editor().hasFocus());
 }
 
 TEST_F(SidebarSearch, WhatStaysKeepsItsPlace)

@@ -7,11 +7,13 @@
 #include "app/window/SaveFormatAccessory.h"
 #include "app/window/StatusBarView.h"
 #include "app/window/TextButton.h"
+#include "app/window/TextLabel.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
+#include <QLayout>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
@@ -233,6 +235,36 @@ TEST(StatusBar, CountsAndConverts)
     EXPECT_EQ(window.app().lineEndings.get(), "LF");
 }
 
+TEST(StatusBar, LeavesOutWhatThereIsNoRoomFor)
+{
+    TestWindow window;
+    window.addNote("note", "a b\nc");
+    window.show();
+    auto& bar = *window.find<StatusBarView>();
+    const auto showsIn = [&](int width, const char* text) {
+        bar.resize(width, bar.height());
+        return window.shows(QString::fromUtf8(text));
+    };
+    const int whole = bar.sizeHint().width();
+    EXPECT_TRUE(showsIn(whole, "строк 2 · слов 3 · симв. 5"));
+    EXPECT_TRUE(showsIn(whole - 1, "строк 2 · слов 3"));
+    bool hadEncoding = true;
+    for (int width = whole; width >= 240; --width) { // each part is whole or not there
+        bar.resize(width, bar.height());
+        bar.layout()->activate();
+        for (const TextLabel* label : bar.findChildren<TextLabel*>())
+            if (label->isVisible())
+                ASSERT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString() << width;
+        EXPECT_TRUE(window.shows(QStringLiteral("Ln 1, Col 1")));
+        const bool hasEncoding = window.shows(QStringLiteral("UTF-8"));
+        EXPECT_TRUE(hadEncoding || !hasEncoding);
+        hadEncoding = hasEncoding;
+    }
+    EXPECT_FALSE(hadEncoding);
+    EXPECT_TRUE(showsIn(whole, "строк 2 · слов 3 · симв. 5"));
+    EXPECT_TRUE(showsIn(whole, "UTF-8"));
+}
+
 TEST(StatusBar, ListsTheLanguages)
 {
     TestWindow window;
@@ -269,6 +301,24 @@ TEST(MainMenu, ShowsWhichLineEndsAreInUse)
     EXPECT_EQ(window.app().lineEndings.get(), "LF");
     row("file.revealNotesFolder")->trigger();
     EXPECT_EQ(window.revealed(), std::vector<Path>{window.notesFolder()});
+}
+
+TEST(MainMenu, OpenedByKeysItIsAboutTheTextBeforeIt)
+{
+    TestWindow window;
+    window.addNote("note", "words");
+    window.show();
+    auto* selectAll = window.view().findChild<QAction*>(QStringLiteral("edit.selectAll"));
+    window.key(Qt::Key_Alt);
+    window.key(Qt::Key_Right);
+    window.key(Qt::Key_Down); // "Правка" is open
+    ASSERT_TRUE(QApplication::activePopupWidget());
+    EXPECT_FALSE(window.view().editorArea().editor().hasFocus());
+    EXPECT_TRUE(selectAll->isEnabled());
+    selectAll->trigger();
+    EXPECT_EQ(window.app().textView()->selection().range().length, 5);
+    while (QWidget* popup = QApplication::activePopupWidget())
+        popup->close();
 }
 
 // ---- Dropped files

@@ -1,5 +1,6 @@
 #include "app/window/ContentView.h"
 
+#include "app/LatinKeys.h"
 #include "app/Paint.h"
 #include "app/editor/EditorView.h"
 #include "app/window/AccessibleWidgets.h"
@@ -10,12 +11,13 @@
 #include "app/window/MainMenu.h"
 #include "app/window/NoticeBanner.h"
 #include "app/window/ReadOnlyBanner.h"
+#include "app/window/SearchField.h"
 #include "app/window/SidebarView.h"
 #include "app/window/SplitView.h"
 #include "app/window/StatusBarView.h"
 #include "app/window/TabBarView.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QPainter>
@@ -53,7 +55,8 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     m_sidebar = new SidebarView(app, *this, this);
     auto* split = new SplitView(m_sidebar, makeDetail(scheduler, clipboard), this);
     QVBoxLayout* column = makeColumn(this);
-    column->setMenuBar(new MainMenu(app, *this, this));
+    m_menu = new MainMenu(app, *this, this);
+    column->setMenuBar(m_menu);
     column->addWidget(split, 1);
     resize(defaultSize.boundedTo(screen()->availableSize()));
     watch();
@@ -82,6 +85,8 @@ void ContentView::watch()
     m_connections.push_back(m_app.isReadOnly.onChange([this](bool isReadOnly) { showReadOnly(isReadOnly); }));
     m_connections.push_back(m_app.notice.onChange([this](const auto& text) { showNotice(text); }));
     m_connections.push_back(m_app.goToLineVisible.onChange([this](bool isShown) { showGoToLine(isShown); }));
+    new LatinShortcuts(*qApp, this);
+    connect(qApp, &QApplication::focusChanged, this, &ContentView::focusMoved);
     watchActiveTab();
     showReadOnly(m_app.isReadOnly.get());
     showNotice(m_app.notice.get());
@@ -141,20 +146,25 @@ void ContentView::showGoToLine(bool isShown)
 
 PlainTextView* ContentView::focusedTextView()
 {
-    return focusWidget() == &m_editorArea->editor() ? m_app.textView() : nullptr;
+    // A menu that was opened by keys is about what had the keyboard before.
+    const QWidget* const focused = focusWidget() == m_menu ? m_focusBeforeMenu.data() : focusWidget();
+    return focused == &m_editorArea->editor() ? m_app.textView() : nullptr;
+}
+
+void ContentView::focusMoved(QWidget* from, QWidget* to)
+{
+    if (to == m_menu)
+        m_focusBeforeMenu = from;
 }
 
 std::vector<Path> ContentView::chooseFilesToOpen()
 {
-    return runOpenPanel(*this, m_app.activeTab());
+    return runOpenPanel(*this, m_app.panelFolder());
 }
 
 std::optional<Path> ContentView::chooseFileToSave(const AppState::SaveSuggestion& suggestion)
 {
-    const auto chosen = runSavePanel(*this, m_saveFolder.value_or(suggestion.folder), suggestion);
-    if (chosen)
-        m_saveFolder = chosen->parent_path();
-    return chosen;
+    return runSavePanel(*this, suggestion);
 }
 
 void ContentView::reveal(const Path& file)
@@ -167,9 +177,15 @@ void ContentView::toggleSidebar()
     m_sidebar->setVisible(m_sidebar->isHidden());
 }
 
+void ContentView::searchNotes()
+{
+    m_sidebar->show();
+    m_sidebar->searchField().setFocus(Qt::ShortcutFocusReason);
+}
+
 void ContentView::quit()
 {
-    QCoreApplication::quit();
+    QApplication::quit();
 }
 
 void ContentView::paintEvent(QPaintEvent*)

@@ -4,6 +4,7 @@
 #include "core/Commands.h"
 #include "platform/FileManager.h"
 
+#include <QPointer>
 #include <QWidget>
 
 class QVBoxLayout;
@@ -12,6 +13,7 @@ namespace quillmark {
 
 class EditorArea;
 class GoToLineView;
+class MainMenu;
 class NoticeBanner;
 class SidebarView;
 class TabBarView;
@@ -35,6 +37,7 @@ public:
     std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) override;
     void reveal(const Path& file) override;
     void toggleSidebar() override;
+    void searchNotes() override;
     void quit() override;
 
 protected:
@@ -47,6 +50,7 @@ private:
     QWidget* makeDetail(Scheduler& scheduler, Clipboard& clipboard);
     void watch();
     void watchActiveTab();
+    void focusMoved(QWidget* from, QWidget* to);
     void showTitle();
     void showReadOnly(bool isReadOnly);
     void showGoToLine(bool isShown);
@@ -54,6 +58,8 @@ private:
 
     AppState& m_app;
     FileManager& m_fileManager;
+    MainMenu* m_menu = nullptr;
+    QPointer<QWidget> m_focusBeforeMenu; ///< what had the keyboard before the menu bar took it
     SidebarView* m_sidebar = nullptr;
     TabBarView* m_tabBar = nullptr;
     QVBoxLayout* m_banners = nullptr;
@@ -61,7 +67,6 @@ private:
     NoticeBanner* m_noticeBanner = nullptr;
     EditorArea* m_editorArea = nullptr;
     GoToLineView* m_goToLine = nullptr;
-    std::optional<Path> m_saveFolder; ///< that the user last saved in under another name
     bool m_wasPainted = false;
     std::vector<Connection> m_connections;
     Connection m_titleConnection;

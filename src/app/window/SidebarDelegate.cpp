@@ -9,7 +9,6 @@ namespace quillmark {
 namespace {
 
 constexpr double groundInset = 8; ///< from the edges of the sidebar to the ground of a row
-constexpr double textInset = 10; ///< from the ground to the text
 constexpr double groundRadius = 6;
 constexpr double fileSymbolBox = 14;
 constexpr double fileSymbolGap = 4;
@@ -58,8 +57,7 @@ void SidebarDelegate::paint(
     const bool isActive = model.isActive(index);
     if (const auto ground = groundColor(note && isActive, option.state))
         paintGround(*painter, rect, color(*ground));
-    const double inset = groundInset + textInset;
-    const QRectF content = rect.adjusted(inset, 0, -inset, 0);
+    const QRectF content = rect.adjusted(contentInset, 0, -contentInset, 0);
     if (note)
         m_noteRow.paint(*painter, content, *note);
     else
@@ -68,11 +66,10 @@ void SidebarDelegate::paint(
 
 void SidebarDelegate::paintHeader(QPainter& painter, const QRectF& rect, const QModelIndex& index) const
 {
-    const double inset = groundInset + textInset;
     painter.setFont(m_headerFont);
     painter.setPen(color(ThemeColor::secondaryText));
-    painter.drawText(
-        rect.adjusted(inset, 0, -inset, -5), Qt::AlignLeft | Qt::AlignBottom, index.data().toString());
+    painter.drawText(rect.adjusted(contentInset, 0, -contentInset, -5), Qt::AlignLeft | Qt::AlignBottom,
+        index.data().toString());
 }
 
 void SidebarDelegate::paintFile(

@@ -12,6 +12,8 @@ class SidebarDelegate : public QAbstractItemDelegate {
     Q_OBJECT
 
 public:
+    static constexpr double contentInset = 18; ///< from the edges of the sidebar to the text of a row
+
     explicit SidebarDelegate(QObject* parent);
 
     /// The state says whether the mouse is over the row and whether the keyboard is at it.

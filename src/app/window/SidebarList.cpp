@@ -21,12 +21,14 @@ SidebarList::SidebarList(SidebarModel& model, QWidget* parent)
     setSelectionMode(SingleSelection);
     setEditTriggers(NoEditTriggers);
     setAutoScroll(false);
+    setFocusPolicy(Qt::TabFocus); // a click goes on to what it opens, a menu leaves the keyboard where it is
     viewport()->setMouseTracking(true);
     viewport()->setAutoFillBackground(false);
     setAccessibleName(QStringLiteral("Заметки"));
     setItemDelegate(new SidebarDelegate(this));
     connect(&model, &SidebarModel::modelAboutToBeReset, this, &SidebarList::takePicture);
     setModel(&model);
+    connect(&model, &SidebarModel::searchEnded, viewport(), qOverload<>(&QWidget::update));
     connect(&model, &SidebarModel::modelReset, this, &SidebarList::restorePicture); // after the selection's
     followActive();
 }
@@ -254,10 +256,22 @@ void SidebarList::paintEvent(QPaintEvent* event)
         option.rect = visualRect(index);
         if (option.rect.top() > event->rect().bottom())
             break;
-        option.state.setFlag(QStyle::State_MouseOver, index == m_hovered);
+        option.state.setFlag(QStyle::State_MouseOver, index == m_hovered || index == m_menuRow);
         option.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
         itemDelegate()->paint(&painter, option, index);
     }
+    if (m_model.hasFoundNothing())
+        paintNothingFound(painter);
+}
+
+void SidebarList::paintNothingFound(QPainter& painter) const
+{
+    const QRectF firstNote(
+        0, double(layout().top(layout().rowCount()) - verticalOffset()), viewport()->width(), 28);
+    painter.setFont(systemFont(13));
+    painter.setPen(color(ThemeColor::secondaryText));
+    painter.drawText(firstNote.adjusted(SidebarDelegate::contentInset, 0, -SidebarDelegate::contentInset, 0),
+        Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, QStringLiteral("Ничего не найдено"));
 }
 
 void SidebarList::resizeEvent(QResizeEvent*)
@@ -284,6 +298,10 @@ void SidebarList::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Return:
     case Qt::Key_Enter:
         return choose(currentIndex());
+    case Qt::Key_Escape:
+        if (onEscape)
+            onEscape();
+        return;
     case Qt::Key_Up:
         if (currentIndex() == firstRow() && onLeaveUpwards)
             return onLeaveUpwards();
@@ -336,6 +354,12 @@ bool SidebarList::viewportEvent(QEvent* event)
     if (event->type() == QEvent::Leave)
         setHovered({});
     return QListView::viewportEvent(event);
+}
+
+void SidebarList::setMenuRow(const QModelIndex& index)
+{
+    m_menuRow = index;
+    viewport()->update();
 }
 
 void SidebarList::setHovered(const QModelIndex& index)

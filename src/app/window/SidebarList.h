@@ -22,8 +22,13 @@ public:
     std::function<void(const QModelIndex&)> onChoose;
     /// The user went up from the first row.
     std::function<void()> onLeaveUpwards;
+    /// The user pressed Escape.
+    std::function<void()> onEscape;
     /// The user asked for a row's context menu, at a place on the screen.
     std::function<void(const QModelIndex&, const QPoint&)> onContextMenu;
+
+    /// A menu about this row is open; none when the index is invalid.
+    void setMenuRow(const QModelIndex& index);
 
     /// Makes the active row current, and visible when it is not.
     void followActive();
@@ -80,9 +85,11 @@ private:
     void choose(const QModelIndex& index);
     QModelIndex selectableFrom(int row, int step) const;
     void setHovered(const QModelIndex& index);
+    void paintNothingFound(QPainter& painter) const;
 
     SidebarModel& m_model;
     QPersistentModelIndex m_hovered;
+    QPersistentModelIndex m_menuRow;
     Picture m_picture;
     bool m_isFollowing = false; ///< the current row moves after the model, not after the user
 };

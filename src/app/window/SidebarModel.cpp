@@ -24,7 +24,16 @@ SidebarModel::SidebarModel(AppState& app, QObject* parent)
             rowsChanged();
     }));
     watchTabs();
+    m_connections.push_back(m_app.store.isSearchingContents.onChange([this](bool isSearching) {
+        if (!isSearching)
+            Q_EMIT searchEnded();
+    }));
     rowsChanged();
+}
+
+bool SidebarModel::hasFoundNothing() const
+{
+    return isSearching() && m_notes.empty() && !m_app.store.isSearchingContents.get();
 }
 
 void SidebarModel::rowsChanged()

@@ -23,6 +23,9 @@ public:
     QModelIndex activeIndex() const; ///< invalid when the active tab has no row
     bool isSearching() const { return !m_app.store.searchQuery->empty(); }
 
+    /// No note matches, and none can be found any more.
+    bool hasFoundNothing() const;
+
     /// What a row shows, for as long as it shows it: the id of the tab or the note; nothing for a title.
     std::optional<Uuid> identity(const QModelIndex& index) const;
     QModelIndex indexOf(const Uuid& identity) const; ///< invalid when it has no row
@@ -30,6 +33,9 @@ public:
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+Q_SIGNALS:
+    void searchEnded();
 
 private:
     struct ShownNote {

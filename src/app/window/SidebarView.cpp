@@ -32,8 +32,12 @@ SidebarView::SidebarView(AppState& app, Shell& shell, QWidget* parent)
     connect(newNote, &SymbolButton::clicked, this, [this] { m_app.newNote(); });
     m_list->onChoose = [this](const QModelIndex& index) { choose(index); };
     m_list->onContextMenu = [this](const QModelIndex& index, const QPoint& place) {
-        if (QMenu* menu = makeContextMenu(index))
-            menu->popup(place);
+        QMenu* const menu = makeContextMenu(index);
+        if (!menu)
+            return;
+        m_list->setMenuRow(index);
+        connect(menu, &QMenu::aboutToHide, m_list, [this] { m_list->setMenuRow({}); });
+        menu->popup(place);
     };
     m_activeTabConnection = app.activeTabID.onChange([this](const auto&) { m_list->followActive(); });
     wireSearch();
@@ -66,6 +70,12 @@ void SidebarView::wireSearch()
             choose(m_list->firstRow());
     });
     m_list->onLeaveUpwards = [this] { m_search->setFocus(Qt::BacktabFocusReason); };
+    m_list->onEscape = [this] {
+        if (m_model->isSearching())
+            m_search->setFocus(Qt::BacktabFocusReason);
+        else
+            focusEditor();
+    };
 }
 
 void SidebarView::focusEditor()
