@@ -216,7 +216,7 @@ TEST_F(SidebarSearch, AMenuLeavesTheKeyboardWhereItIs)
     ASSERT_TRUE(QApplication::activePopupWidget());
     QApplication::activePopupWidget()->close();
     window.settle();
-    EXPECT_TRUE(window.view().editorArea().editor().hasFocus());
+    EXPECT_EQ(window.view().focusWidget(), &window.view().editorArea().editor());
 }
 
 TEST_F(SidebarSearch, WhatStaysKeepsItsPlace)

@@ -252,9 +252,10 @@ TEST(StatusBar, LeavesOutWhatThereIsNoRoomFor)
     for (int width = whole; width >= 240; --width) { // each part is whole or not there
         bar.resize(width, bar.height());
         bar.layout()->activate();
-        for (const TextLabel* label : bar.findChildren<TextLabel*>())
-            if (label->isVisible())
-                ASSERT_GE(label->width(), label->sizeHint().width()) << label->text().toStdString() << width;
+        for (const TextLabel* label : bar.findChildren<TextLabel*>()) {
+            const int needed = label->isVisible() ? label->sizeHint().width() : 0;
+            ASSERT_GE(label->width(), needed) << label->text().toStdString() << " at " << width;
+        }
         EXPECT_TRUE(window.shows(QStringLiteral("Ln 1, Col 1")));
         const bool hasEncoding = window.shows(QStringLiteral("UTF-8"));
         EXPECT_TRUE(hadEncoding || !hasEncoding);
