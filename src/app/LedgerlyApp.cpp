@@ -68,6 +68,7 @@ LedgerlyApp::~LedgerlyApp()
     m_screenshot.reset();
     m_window.reset();
     m_app.reset();
+    m_fileManager.giveUp(); // its answer may never come
     m_scheduler.drain(); // what still runs in the background uses the disk and the log
 }
 

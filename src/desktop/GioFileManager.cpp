@@ -52,11 +52,12 @@ GioFileManager::GioFileManager(Scheduler& scheduler, Log& log)
 {
 }
 
-GioFileManager::~GioFileManager()
+void GioFileManager::giveUp()
 {
+    m_next.reset();
     m_asking.cancel();
     if (m_question)
-        g_cancellable_cancel(m_question.get()); // or the program would wait for the answer before it ends
+        g_cancellable_cancel(m_question.get()); // the thread that waits for the answer is free at once
 }
 
 void GioFileManager::reveal(const std::filesystem::path& file)

@@ -15,13 +15,14 @@ using GCancellable = struct _GCancellable;
 namespace quillmark {
 
 /// Asks one question at a time, so that a file manager that never answers takes one thread and no more; of
-/// what is wanted meanwhile the last is kept. A question is given up after 10 s, and when this is destroyed.
+/// what is wanted meanwhile the last is kept. A question is given up after 10 s.
 class GioFileManager final : public FileManager {
 public:
     GioFileManager(Scheduler& scheduler, Log& log); ///< both outlive it
-    ~GioFileManager() override;
+    ~GioFileManager() override { giveUp(); }
 
     void reveal(const std::filesystem::path& file) override;
+    void giveUp(); ///< what was asked and what was still to be asked
 
 private:
     void askNext();
