@@ -3,16 +3,15 @@
 #include "io/ReadFile.h"
 
 #include <memory>
+#include <utility>
 
 namespace quillmark {
 namespace {
 
-constexpr size_t largestSearched = 2'000'000; // bytes
-
 bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url, std::span<char> buffer)
 {
     const auto size = readStart(files, url, buffer);
-    if (!size || *size > largestSearched)
+    if (!size || std::cmp_greater(*size, largestSearched))
         return false;
     const std::string_view bytes(buffer.data(), *size);
     const auto answer = query.quickAnswer(bytes);
@@ -27,7 +26,7 @@ std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const Se
     std::span<const SearchCandidate> candidates, const CancelToken& cancel)
 {
     // Room for one byte more, which tells that a file is too large. Only what is read into costs memory.
-    constexpr size_t room = largestSearched + 1;
+    constexpr auto room = static_cast<size_t>(largestSearched) + 1;
     const auto buffer = std::make_unique_for_overwrite<char[]>(room);
     std::vector<Uuid> found;
     for (const SearchCandidate& candidate : candidates) {

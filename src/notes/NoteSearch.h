@@ -12,14 +12,17 @@
 
 namespace quillmark {
 
+inline constexpr int64_t largestSearched = 2'000'000; ///< bytes
+
 /// A note to look into.
 struct SearchCandidate {
     Uuid id;
     std::string name; ///< of its file
 };
 
-/// The ids of those whose files contain the query. Files that cannot be read or are larger than 2,000,000
-/// bytes count as not matching. Looks at `cancel` before each file, and then returns what it has. Any thread.
+/// The ids of those whose files contain the query. Files that cannot be read, or turn out larger than
+/// `largestSearched`, count as not matching. Looks at `cancel` before each file, and then returns what it
+/// has. Any thread.
 std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel);
 

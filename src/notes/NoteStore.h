@@ -18,6 +18,7 @@
 #include "text/SearchKey.h"
 
 #include <optional>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -111,8 +112,9 @@ private:
     void startWatchingFolder();
     bool isOnItsWay(const Note& note) const;
     bool wasReported(const Uuid& id, const FileInfo& file);
-    enum class Update { none, own, other }; ///< of a record: whether another program changed the file
-    Update bringUpToDate(Note& note, const FileInfo& file);
+    struct OtherVersion;
+    std::optional<OtherVersion> otherVersion(const Note& note, const FileInfo& file);
+    std::vector<Uuid> bringUpToDate(Notes& all, std::span<const OtherVersion> versions);
     void scheduleRename(Uuid id);
     Result<Path> makeFile(
         const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make);

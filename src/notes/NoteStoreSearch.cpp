@@ -15,7 +15,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration searchDelay = 200ms; ///< from the last key
-constexpr size_t mostParts = 4; ///< that are searched side by side
+constexpr size_t mostParts
+    = 3; ///< that are searched side by side; a document still finds a thread to be read on
 
 /// What the parts of a search have found so far.
 struct Found {
@@ -63,7 +64,8 @@ void NoteStore::startContentSearch()
     std::vector<SearchCandidate> candidates;
     candidates.reserve(notes->size());
     for (const Note& note : notes.get())
-        candidates.push_back({note.id, std::string(fileName(note))});
+        if (note.byteSize <= largestSearched)
+            candidates.push_back({note.id, std::string(fileName(note))});
     const auto all = std::make_shared<const std::vector<SearchCandidate>>(std::move(candidates));
     const size_t parts = std::clamp<size_t>(std::thread::hardware_concurrency(), 1, mostParts);
     const auto found = std::make_shared<Found>(Found{.partsLeft = parts, .ids = {}});

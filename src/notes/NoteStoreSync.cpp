@@ -1,6 +1,7 @@
 // Following what other programs do in the notes folder.
 #include "notes/NoteStore.h"
 
+#include "base/Parallel.h"
 #include "notes/NoteFiles.h"
 #include "notes/NoteNames.h"
 
@@ -24,6 +25,13 @@ bool differs(const Note& note, const FileInfo& file)
 }
 
 } // namespace
+
+/// A note's file that its record does not show as it is.
+struct NoteStore::OtherVersion {
+    size_t place = 0; ///< of the record
+    FileInfo file;
+    bool isKnown = false; ///< the file is as it was last read or written here
+};
 
 void NoteStore::startWatchingFolder()
 {
@@ -57,7 +65,7 @@ void NoteStore::syncWithDisk()
     std::vector<Uuid> changedIDs;
     std::vector<Uuid> removedIDs;
     notes.modify([&](Notes& all) {
-        bool isChanged = false;
+        std::vector<OtherVersion> versions;
         size_t kept = 0;
         for (Note& note : all) {
             const auto file = files.extract(fileName(note));
@@ -67,22 +75,23 @@ void NoteStore::syncWithDisk()
             }
             if (file)
                 m_unmade.erase(note.id);
-            const Update what = file ? bringUpToDate(note, file.mapped()->info) : Update::none;
-            isChanged |= what != Update::none;
-            if (what == Update::other)
-                changedIDs.push_back(note.id);
+            if (auto version = file ? otherVersion(note, file.mapped()->info) : std::nullopt) {
+                version->place = kept;
+                versions.push_back(*version);
+            }
             if (&all[kept] != &note)
                 all[kept] = std::move(note);
             ++kept;
         }
         all.resize(kept);
+        changedIDs = bringUpToDate(all, versions);
         std::vector<const FolderEntry*> newFiles;
         for (const auto& [name, entry] : files)
             newFiles.push_back(entry);
         std::ranges::move(makeRecords(m_services.files, folderURL.get(), newFiles), std::back_inserter(all));
-        isChanged |= !removedIDs.empty() || !newFiles.empty() || !isNewestFirst(all);
+        const bool isSorted = isNewestFirst(all);
         sortNewestFirst(all);
-        return isChanged;
+        return !versions.empty() || !removedIDs.empty() || !newFiles.empty() || !isSorted;
     });
     if (onExternalChanges && !(changedIDs.empty() && removedIDs.empty()))
         onExternalChanges(changedIDs, removedIDs);
@@ -103,23 +112,40 @@ bool NoteStore::wasReported(const Uuid& id, const FileInfo& file)
     return isSame;
 }
 
-/// A save of our own, finished or queued, is not a change by another program.
-NoteStore::Update NoteStore::bringUpToDate(Note& note, const FileInfo& file)
+std::optional<NoteStore::OtherVersion> NoteStore::otherVersion(const Note& note, const FileInfo& file)
 {
     if (m_services.writeQueue.pendingText(note.url))
-        return Update::none;
+        return std::nullopt;
     const auto state = m_services.known.stateOf(m_services.files, note.url, file);
     const bool isOther = state == KnownFiles::State::changed && !wasReported(note.id, file);
     if (!isOther && !differs(note, file))
-        return Update::none;
-    note.modifiedAt = file.modified;
-    note.byteSize = file.size;
-    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, note.url));
-    // A file that was opened since it changed is known, but its record is not up to date.
-    const bool isNew = state != KnownFiles::State::asKnown || note.title != title || note.preview != preview;
-    note.title = std::move(title);
-    note.preview = std::move(preview);
-    return isNew ? Update::other : Update::own;
+        return std::nullopt;
+    return OtherVersion{.place = 0, .file = file, .isKnown = state == KnownFiles::State::asKnown};
+}
+
+/// Returns the notes that another program has changed. A save of our own, finished or queued, is not a
+/// change.
+std::vector<Uuid> NoteStore::bringUpToDate(Notes& all, std::span<const OtherVersion> versions)
+{
+    std::vector<TitleAndPreview> read(versions.size());
+    inParallel(versions.size(), [&](size_t first, size_t end) {
+        for (size_t i = first; i < end; ++i)
+            read[i] = titleAndPreview(readLeadingText(m_services.files, all[versions[i].place].url));
+    });
+    std::vector<Uuid> changed;
+    for (size_t i = 0; i < versions.size(); ++i) {
+        const OtherVersion& version = versions[i];
+        Note& note = all[version.place];
+        auto& [title, preview] = read[i];
+        // A file that was opened since it changed is known, but its record is not up to date.
+        if (!version.isKnown || note.title != title || note.preview != preview)
+            changed.push_back(note.id);
+        note.modifiedAt = version.file.modified;
+        note.byteSize = version.file.size;
+        note.title = std::move(title);
+        note.preview = std::move(preview);
+    }
+    return changed;
 }
 
 } // namespace quillmark
