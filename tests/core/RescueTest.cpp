@@ -103,6 +103,23 @@ TEST_F(RescueTest, AQueuedTextThatTheDiskRefusesIsWhatTheTabShows)
     EXPECT_TRUE(kept().front().starts_with("more xxx"));
 }
 
+TEST_F(RescueTest, AQueuedTextThatTheDiskRefusesIsKeptWhenItsNoteGoes)
+{
+    start();
+    pasteLarge();
+    scheduler.advance(700ms);
+    scheduler.settle(); // the journal has it
+    disk.failAlways(DiskOperation::createNew, ENOSPC, notes);
+    scheduler.advance(100ms);
+    scheduler.settle();
+    const std::string text = shown();
+    app->deleteNote(Note(app->store.notes->front()));
+    EXPECT_EQ(kept(), Strings{text});
+    disk.heal();
+    quit();
+    EXPECT_TRUE(textsIn(journal).empty());
+}
+
 TEST_F(RescueTest, ARetriedWriteReachesTheDisk)
 {
     disk.putFile("/docs/a", "old");

@@ -139,13 +139,13 @@ void AppState::Impl::handleExternalNoteChanges(
     app.saveSession();
 }
 
-/// Whether it differs from the user's words, a save finds out.
+/// Whether it differs from the user's words, a save finds out: now, or once the disk takes one.
 void AppState::Impl::activeNoteHasAnotherVersion(const Path& url)
 {
     finishTyping();
-    const bool wasDirty = app.isDirty.get();
-    app.flushSave(AllowBackground::no);
-    if (!wasDirty || app.isDirty.get())
+    if (app.isDirty.get())
+        app.flushSave(AllowBackground::no);
+    else
         activeNoteChanged(url);
 }
 

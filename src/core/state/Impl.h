@@ -91,6 +91,7 @@ struct AppState::Impl {
     // What would be given up.
     void rescueUnsavedText();
     void keep(const Uuid& document, Journal::Snapshot text);
+    void settleQueuedText(const Path& url);
     void keepWhatCouldNotBeKept();
     void keepWhatCouldNotBeWritten();
     std::optional<Journal::Snapshot> journalSnapshot(const Uuid& id) const;

@@ -29,6 +29,18 @@ void AppState::Impl::keep(const Uuid& id, Journal::Snapshot text)
     }
 }
 
+/// A queued text whose document goes: it is written at once, or kept, and the journal knows it is safe.
+void AppState::Impl::settleQueuedText(const Path& url)
+{
+    if (writeQueue.finish(url))
+        return;
+    const auto text = writeQueue.pendingText(url);
+    const auto save = queuedSaves.extract(url.native());
+    writeQueue.discard(url);
+    if (text)
+        keep(save ? save.mapped().document : Uuid::random(), {.original = url, .text = *text});
+}
+
 void AppState::Impl::keepWhatCouldNotBeKept()
 {
     for (auto& [id, text] : std::map(unkept))

@@ -196,6 +196,7 @@ void AppState::deleteNote(const Note& note)
         m_impl->rescueUnsavedText();
         isDirty.set(false);
     }
+    m_impl->settleQueuedText(deleted.url);
     store.trashNote(deleted);
     if (tab)
         m_impl->removeTab(tab->id);
