@@ -62,7 +62,10 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     watch();
 }
 
-ContentView::~ContentView() = default;
+ContentView::~ContentView()
+{
+    disconnect(qApp, nullptr, this, nullptr); // the focus still leaves while the widget below is taken apart
+}
 
 QWidget* ContentView::makeDetail(Scheduler& scheduler, Clipboard& clipboard)
 {
