@@ -1,8 +1,8 @@
 // One key in the sidebar's search field over ten thousand notes.
 #include "QtDesk.h"
-#include "app/window/SearchField.h"
-#include "app/window/SidebarList.h"
-#include "app/window/SidebarView.h"
+#include "app/window/sidebar/SearchField.h"
+#include "app/window/sidebar/SidebarList.h"
+#include "app/window/sidebar/SidebarView.h"
 
 #include <benchmark/benchmark.h>
 

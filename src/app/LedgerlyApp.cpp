@@ -1,8 +1,8 @@
 #include "app/LedgerlyApp.h"
 
 #include "app/Screenshot.h"
-#include "app/Style.h"
 #include "app/TerminationSignals.h"
+#include "app/look/Style.h"
 #include "desktop/Fonts.h"
 
 #include <QApplication>

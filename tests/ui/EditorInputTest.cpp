@@ -1,6 +1,6 @@
 // Input methods at the editor: what is composed is seen and asked for, and never lost.
 #include "EditorViewFixture.h"
-#include "app/Paint.h"
+#include "app/look/Paint.h"
 #include "desktop/Fonts.h"
 
 #include <QInputMethodEvent>

@@ -1,6 +1,6 @@
 #include "EditorViewFixture.h"
 #include "TurnUntil.h"
-#include "app/Paint.h"
+#include "app/look/Paint.h"
 #include "support/Random.h"
 
 #include <QMenu>

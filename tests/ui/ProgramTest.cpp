@@ -1,7 +1,7 @@
 #include "app/CommandLine.h"
 #include "app/RecoveredList.h"
 #include "app/TerminationSignals.h"
-#include "app/window/FileDetails.h"
+#include "app/window/panels/FileDetails.h"
 #include "support/ManualScheduler.h"
 
 #include <gtest/gtest.h>

@@ -2,9 +2,9 @@
 
 #include "app/editor/EditorView.h"
 #include "app/window/EditorArea.h"
-#include "app/window/SearchField.h"
-#include "app/window/SidebarList.h"
-#include "app/window/SidebarView.h"
+#include "app/window/sidebar/SearchField.h"
+#include "app/window/sidebar/SidebarList.h"
+#include "app/window/sidebar/SidebarView.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>

@@ -1,10 +1,10 @@
 #include "TestWindow.h"
 
-#include "app/window/NoteRow.h"
-#include "app/window/SidebarLayout.h"
-#include "app/window/SidebarList.h"
-#include "app/window/SidebarView.h"
-#include "app/window/SymbolButton.h"
+#include "app/look/SymbolButton.h"
+#include "app/window/sidebar/NoteRow.h"
+#include "app/window/sidebar/SidebarLayout.h"
+#include "app/window/sidebar/SidebarList.h"
+#include "app/window/sidebar/SidebarView.h"
 
 #include <QMenu>
 #include <QScrollBar>

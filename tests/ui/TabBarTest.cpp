@@ -1,7 +1,7 @@
 #include "TestWindow.h"
 
-#include "app/window/SymbolButton.h"
-#include "app/window/TabBarView.h"
+#include "app/look/SymbolButton.h"
+#include "app/window/tabs/TabBarView.h"
 
 #include <QMenu>
 #include <QWheelEvent>

@@ -1,6 +1,6 @@
 #include "TestWindow.h"
 
-#include "app/window/TextLabel.h"
+#include "app/look/TextLabel.h"
 #include "support/Services.h"
 
 #include <fstream>

@@ -1,13 +1,13 @@
 #include "TestWindow.h"
 
 #include "app/editor/EditorView.h"
+#include "app/look/TextButton.h"
+#include "app/look/TextLabel.h"
 #include "app/window/DroppedFiles.h"
 #include "app/window/EditorArea.h"
-#include "app/window/GoToLineView.h"
-#include "app/window/SaveFormatAccessory.h"
-#include "app/window/StatusBarView.h"
-#include "app/window/TextButton.h"
-#include "app/window/TextLabel.h"
+#include "app/window/panels/GoToLineView.h"
+#include "app/window/panels/SaveFormatAccessory.h"
+#include "app/window/status/StatusBarView.h"
 
 #include <QAction>
 #include <QApplication>

@@ -1,15 +1,15 @@
 #include "TestWindow.h"
 
-#include "app/Paint.h"
+#include "app/look/Paint.h"
+#include "app/look/SymbolButton.h"
 #include "app/window/EditorArea.h"
 #include "app/window/LoadingOverlay.h"
-#include "app/window/NoticeBanner.h"
-#include "app/window/ReadOnlyBanner.h"
-#include "app/window/SaveStateLabel.h"
-#include "app/window/SidebarView.h"
-#include "app/window/StatusBarView.h"
-#include "app/window/SymbolButton.h"
-#include "app/window/TabBarView.h"
+#include "app/window/banners/NoticeBanner.h"
+#include "app/window/banners/ReadOnlyBanner.h"
+#include "app/window/sidebar/SidebarView.h"
+#include "app/window/status/SaveStateLabel.h"
+#include "app/window/status/StatusBarView.h"
+#include "app/window/tabs/TabBarView.h"
 #include "desktop/QtAppearance.h"
 
 #include <QAction>

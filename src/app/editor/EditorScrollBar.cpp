@@ -1,6 +1,6 @@
 #include "app/editor/EditorScrollBar.h"
 
-#include "app/Paint.h"
+#include "app/look/Paint.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,8 +1,8 @@
 #include "app/editor/EditorView.h"
 
-#include "app/Paint.h"
 #include "app/editor/EditorAccessible.h"
 #include "app/editor/EditorKeys.h"
+#include "app/look/Paint.h"
 #include "desktop/Fonts.h"
 
 #include <QCoreApplication>

@@ -1,12 +1,12 @@
 #include "app/window/AccessibleWidgets.h"
 
+#include "app/look/SymbolButton.h"
+#include "app/look/TextButton.h"
+#include "app/look/TextLabel.h"
 #include "app/window/ContentView.h"
-#include "app/window/SaveStateLabel.h"
-#include "app/window/StatusBarView.h"
-#include "app/window/SymbolButton.h"
-#include "app/window/TabStrip.h"
-#include "app/window/TextButton.h"
-#include "app/window/TextLabel.h"
+#include "app/window/status/SaveStateLabel.h"
+#include "app/window/status/StatusBarView.h"
+#include "app/window/tabs/TabStrip.h"
 
 #include <QAccessibleWidget>
 

@@ -1,6 +1,6 @@
 #include "app/window/LoadingOverlay.h"
 
-#include "app/Paint.h"
+#include "app/look/Paint.h"
 
 #include <QPainter>
 

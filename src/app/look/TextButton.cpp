@@ -1,0 +1,51 @@
+#include "app/look/TextButton.h"
+
+#include "app/look/Paint.h"
+
+#include <QPainter>
+
+#include <cmath>
+
+namespace quillmark {
+
+TextButton::TextButton(const QFont& font, const QString& toolTip, QWidget* parent)
+    : QAbstractButton(parent)
+{
+    setFont(font);
+    setToolTip(toolTip);
+    setFocusPolicy(Qt::NoFocus);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+}
+
+void TextButton::setLabel(const QString& label)
+{
+    setText(label);
+    setAccessibleName(label);
+    updateGeometry();
+}
+
+QSize TextButton::sizeHint() const
+{
+    const QFontMetricsF metrics(font());
+    return {int(std::ceil(metrics.horizontalAdvance(text()))), int(std::ceil(metrics.height()))};
+}
+
+void TextButton::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    const bool isTouched = isDown() || underMouse();
+    painter.setPen(color(isTouched ? ThemeColor::foreground : ThemeColor::secondaryText));
+    painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text());
+}
+
+void TextButton::enterEvent(QEnterEvent*)
+{
+    update();
+}
+
+void TextButton::leaveEvent(QEvent*)
+{
+    update();
+}
+
+} // namespace quillmark
