@@ -5,6 +5,8 @@
 #include "base/Clock.h"
 
 #include <atomic>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -109,6 +111,24 @@ public:
     /// thread.
     virtual void runInBackground(Priority priority, std::function<void()> work) = 0;
 
+    /// Calls `work(first, end)` for the pieces of 0 … `count`, each once and in no order, on this thread and,
+    /// when there are many items, on others that are free. Returns when all is done. When a call throws, no
+    /// further piece is begun, and the first exception is thrown here once those that were begun have ended.
+    /// Any thread.
+    virtual void parallel(size_t count, const std::function<void(size_t first, size_t end)>& work);
+
+    /// Frees a value where nobody waits for it: taking a large one apart takes time. One that says by its
+    /// length() that it is small is freed at once; what a huge one leaves in the heap goes back to the
+    /// system. Any thread.
+    template <class Value> void letGo(Value value)
+    {
+        int64_t length = largeLength; // of what does not say it
+        if constexpr (requires { value.length(); })
+            length = value.length();
+        if (length >= largeLength)
+            free(std::make_shared<Value>(std::move(value)), length);
+    }
+
     /// Calls `readable` on the main thread each time the descriptor has something to read, until the Task is
     /// cancelled, which must happen before the descriptor is closed. Main thread.
     [[nodiscard]] virtual Task watchDescriptor(int descriptor, std::function<void()> readable) = 0;
@@ -126,6 +146,11 @@ protected:
         });
         return Task(std::move(flag));
     }
+
+private:
+    static constexpr int64_t largeLength = 65'536; ///< what takes too long to free where somebody waits
+
+    void free(std::shared_ptr<void> value, int64_t length);
 };
 
 } // namespace quillmark

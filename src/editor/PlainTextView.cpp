@@ -17,8 +17,6 @@ constexpr Duration idleBetween = 5ms;
 constexpr Duration longestMoment = 3ms;
 constexpr int mostSteps = 64; ///< of about 32 Ki units; for clocks that stand still
 
-constexpr int64_t longText = 65'536; ///< units; a longer text is let go in the background
-
 } // namespace
 
 PlainTextView::Impl::Impl(
@@ -85,15 +83,6 @@ void PlainTextView::Impl::settleForAMoment()
         settling = scheduler.after(idleBetween, [this] { settleForAMoment(); });
 }
 
-/// Frees a text where nobody waits for it.
-void PlainTextView::Impl::letGo(Rope text)
-{
-    if (text.length() < longText)
-        return;
-    auto held = std::make_shared<Rope>(std::move(text));
-    scheduler.runInBackground(Priority::utility, [held] { *held = Rope(); });
-}
-
 PlainTextView::PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& clipboard)
     : m_impl(std::make_unique<Impl>(*this, scheduler, shaper, clipboard))
 {
@@ -129,7 +118,7 @@ void PlainTextView::setText(Rope text)
     Rope old = self.storage.text();
     self.storage.replace({0, self.length()}, text);
     self.undo.removeAll();
-    self.letGo(std::move(old));
+    self.scheduler.letGo(std::move(old));
     self.selection = {};
     self.goalX.reset();
     self.viewport.scrollToStart();

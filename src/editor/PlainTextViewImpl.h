@@ -37,7 +37,6 @@ struct PlainTextView::Impl {
     void edit(UndoManager::Kind kind, Range range, std::u16string_view with);
     void deleteTo(int64_t end, UndoManager::Kind kind);
     void travel(std::optional<UndoManager::Selection> (UndoManager::*step)());
-    void letGo(Rope text);
 
     void makeEdit(std::optional<Edit> edit);
     void showComposition();

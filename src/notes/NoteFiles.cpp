@@ -1,6 +1,5 @@
 #include "notes/NoteFiles.h"
 
-#include "base/Parallel.h"
 #include "io/ReadFile.h"
 #include "io/Utf8.h"
 #include "notes/NoteNames.h"
@@ -77,11 +76,11 @@ std::u16string readLeadingText(FileSystem& files, const Path& file)
     return decoded(bytes.size() == buffer.size() ? withoutCutCharacter(bytes) : bytes);
 }
 
-std::vector<Note> makeRecords(
-    FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries)
+std::vector<Note> makeRecords(Scheduler& scheduler, FileSystem& files, const Path& folder,
+    const std::vector<const FolderEntry*>& entries)
 {
     std::vector<Note> records(entries.size());
-    inParallel(entries.size(), [&](size_t first, size_t end) {
+    scheduler.parallel(entries.size(), [&](size_t first, size_t end) {
         for (size_t i = first; i < end; ++i)
             records[i] = makeRecord(files, folder, *entries[i]);
     });

@@ -1,6 +1,7 @@
 // The files of the notes folder as the store lists them.
 #pragma once
 
+#include "base/Scheduler.h"
 #include "notes/Note.h"
 
 #include <string>
@@ -18,8 +19,8 @@ std::u16string readLeadingText(FileSystem& files, const Path& file);
 
 /// New records of files in a folder, in their order. Reads the files' beginnings, those of many on several
 /// threads.
-std::vector<Note> makeRecords(
-    FileSystem& files, const Path& folder, const std::vector<const FolderEntry*>& entries);
+std::vector<Note> makeRecords(Scheduler& scheduler, FileSystem& files, const Path& folder,
+    const std::vector<const FolderEntry*>& entries);
 
 bool isNewestFirst(const std::vector<Note>& notes);
 void sortNewestFirst(std::vector<Note>& notes); ///< stable

@@ -102,7 +102,7 @@ void NoteStore::reloadNotes()
     }
     std::ranges::stable_sort( // before they become records, which are larger to move about
         noteFiles, std::ranges::greater(), [](const FolderEntry* entry) { return entry->info.modified; });
-    notes.set(makeRecords(m_services.files, folderURL.get(), noteFiles));
+    notes.set(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), noteFiles));
 }
 
 // ---- Records

@@ -1,7 +1,6 @@
 // Following what other programs do in the notes folder.
 #include "notes/NoteStore.h"
 
-#include "base/Parallel.h"
 #include "notes/NoteFiles.h"
 #include "notes/NoteNames.h"
 
@@ -88,7 +87,8 @@ void NoteStore::syncWithDisk()
         std::vector<const FolderEntry*> newFiles;
         for (const auto& [name, entry] : files)
             newFiles.push_back(entry);
-        std::ranges::move(makeRecords(m_services.files, folderURL.get(), newFiles), std::back_inserter(all));
+        std::ranges::move(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), newFiles),
+            std::back_inserter(all));
         const bool isSorted = isNewestFirst(all);
         sortNewestFirst(all);
         return !versions.empty() || !removedIDs.empty() || !newFiles.empty() || !isSorted;
@@ -128,7 +128,7 @@ std::optional<NoteStore::OtherVersion> NoteStore::otherVersion(const Note& note,
 std::vector<Uuid> NoteStore::bringUpToDate(Notes& all, std::span<const OtherVersion> versions)
 {
     std::vector<TitleAndPreview> read(versions.size());
-    inParallel(versions.size(), [&](size_t first, size_t end) {
+    m_services.scheduler.parallel(versions.size(), [&](size_t first, size_t end) {
         for (size_t i = first; i < end; ++i)
             read[i] = titleAndPreview(readLeadingText(m_services.files, all[versions[i].place].url));
     });

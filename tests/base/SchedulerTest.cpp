@@ -1,7 +1,10 @@
 #include "support/ManualScheduler.h"
+#include "support/ThreadScheduler.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <stdexcept>
 #include <string>
 
 namespace quillmark {
@@ -117,6 +120,34 @@ TEST(Background, CancelledWhileItRunsSeesTheTokenAndItsResultIsDropped)
         [](bool) { FAIL() << "a result nobody waits for"; });
     scheduler.settle();
     EXPECT_TRUE(sawCancel);
+}
+
+TEST(Parallel, DoesEachItemOnce)
+{
+    test::ThreadScheduler scheduler;
+    for (const size_t count : {0, 1, 127, 10'001}) {
+        std::vector<std::atomic<int>> done(count);
+        scheduler.parallel(count, [&](size_t first, size_t end) {
+            for (size_t i = first; i < end; ++i)
+                ++done[i];
+        });
+        EXPECT_TRUE(std::ranges::all_of(done, [](int times) { return times == 1; })) << count;
+    }
+}
+
+TEST(Parallel, AnExceptionReachesTheCallerOnceAllPiecesEnded)
+{
+    test::ThreadScheduler scheduler;
+    std::atomic<int> running = 0;
+    const auto work = [&](size_t first, size_t) {
+        ++running;
+        std::this_thread::yield();
+        --running;
+        if (first >= 1'000)
+            throw std::runtime_error("disk");
+    };
+    EXPECT_THROW(scheduler.parallel(100'000, work), std::runtime_error);
+    EXPECT_EQ(running, 0);
 }
 
 TEST(ManualScheduler, TimersRunInTheOrderOfTheirDueTimesEachAtItsTime)

@@ -1,8 +1,8 @@
 #include "io/WriteQueue.h"
 
 #include "FakeDisk.h"
-#include "ThreadScheduler.h"
 #include "support/TestEnvironment.h"
+#include "support/ThreadScheduler.h"
 
 #include <cerrno>
 #include <random>

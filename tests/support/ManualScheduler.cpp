@@ -81,6 +81,12 @@ void ManualScheduler::runInBackground(Priority, std::function<void()> work)
     m_jobs.push_back(std::move(work));
 }
 
+void ManualScheduler::parallel(size_t count, const std::function<void(size_t first, size_t end)>& work)
+{
+    if (count > 0)
+        work(0, count);
+}
+
 Task ManualScheduler::watchDescriptor(int descriptor, std::function<void()> readable)
 {
     auto cancelled = std::make_shared<std::atomic<bool>>(false);

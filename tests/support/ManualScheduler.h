@@ -20,6 +20,7 @@ public:
     SteadyTime now() const override;
     WallTime wallNow() const override;
     void runInBackground(Priority priority, std::function<void()> work) override;
+    void parallel(size_t count, const std::function<void(size_t first, size_t end)>& work) override; ///< here
     [[nodiscard]] Task watchDescriptor(int descriptor, std::function<void()> readable) override;
 
     /// Lets time pass: runs what is posted and, in the order of their due times, the timers that come due,
