@@ -35,15 +35,10 @@ private:
     sigc::connection m_connection;
 };
 
-/// A value with a setter that does nothing when the value is equal, and a signal for when it is not.
-/// Main thread only.
+/// A value that can be read and watched. Who may change it is its owner, who has the Variable behind it. Main
+/// thread only.
 template <class T> class Observable {
 public:
-    Observable() = default;
-    explicit Observable(T value)
-        : m_value(std::move(value))
-    {
-    }
     Observable(const Observable&) = delete;
     Observable& operator=(const Observable&) = delete;
 
@@ -51,30 +46,48 @@ public:
     const T& operator*() const { return m_value; }
     const T* operator->() const { return &m_value; }
 
+    /// Calls `slot(const T&)` after every change, for as long as the Connection is kept.
+    template <class Slot> [[nodiscard]] Connection onChange(Slot slot) const
+    {
+        return Connection(m_changed.connect(std::move(slot)));
+    }
+
+protected:
+    Observable() = default;
+    explicit Observable(T value)
+        : m_value(std::move(value))
+    {
+    }
+    ~Observable() = default;
+
+    T m_value{};
+    mutable Signal<const T&> m_changed; ///< who listens is no part of the value
+};
+
+/// The owner's side of an Observable. Main thread only.
+template <class T> class Variable final : public Observable<T> {
+public:
+    Variable() = default;
+    explicit Variable(T value)
+        : Observable<T>(std::move(value))
+    {
+    }
+
+    /// Does nothing when the value is equal.
     void set(T value)
     {
-        if (m_value == value)
+        if (this->m_value == value)
             return;
-        m_value = std::move(value);
-        m_changed.emit(m_value);
+        this->m_value = std::move(value);
+        this->m_changed.emit(this->m_value);
     }
 
     /// Lets `change(T&)` change the value in its place, for values that are large; it says whether it did.
     template <class Change> void modify(Change change)
     {
-        if (change(m_value))
-            m_changed.emit(m_value);
+        if (change(this->m_value))
+            this->m_changed.emit(this->m_value);
     }
-
-    /// Calls `slot(const T&)` after every change, for as long as the Connection is kept.
-    template <class Slot> [[nodiscard]] Connection onChange(Slot slot)
-    {
-        return Connection(m_changed.connect(std::move(slot)));
-    }
-
-private:
-    T m_value{};
-    Signal<const T&> m_changed;
 };
 
 } // namespace quillmark

@@ -20,7 +20,7 @@ constexpr std::array<std::pair<AppearanceMode, std::string_view>, 3> appearanceN
 AppState* theAppState = nullptr;
 
 /// Takes the stored value over and stores every change.
-Connection persist(Observable<bool>& toggle, UserDefaults& defaults, std::string_view key)
+Connection persist(Variable<bool>& toggle, UserDefaults& defaults, std::string_view key)
 {
     if (const auto stored = defaults.boolean(key))
         toggle.set(*stored);

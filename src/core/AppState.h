@@ -61,29 +61,29 @@ public:
     EditorSettings settings;
 
     // The view toggles; setting one stores it and takes effect at once.
-    Observable<AppearanceMode> appearanceMode{AppearanceMode::system};
-    Observable<bool> showLineNumbers{true};
-    Observable<bool> showMinimap{true};
+    Variable<AppearanceMode> appearanceMode{AppearanceMode::system};
+    Variable<bool> showLineNumbers{true};
+    Variable<bool> showMinimap{true};
 
     // What the views show.
-    Observable<double> viewportStart{0.0}; ///< top of the visible part as a fraction of the document's height
-    Observable<double> viewportFraction{1.0}; ///< its height, likewise
-    Observable<Language> syntaxLanguage{Language::plain};
-    Observable<Tabs> tabs;
-    Observable<std::optional<Uuid>> activeTabID;
-    Observable<std::string> encodingName{std::string("UTF-8")};
-    Observable<std::string> lineEndings{std::string("LF")}; ///< "LF" or "CRLF"
-    Observable<bool> isReadOnly{false};
-    Observable<bool> isDirty{false};
-    Observable<int64_t> cursorLine{1}; ///< 1-based
-    Observable<int64_t> cursorColumn{1}; ///< 1-based, in units
-    Observable<int64_t> loadGeneration{0}; ///< grows when the editor must take `currentText`
-    Observable<bool> isLoading{false};
-    Observable<TextStats> stats; ///< of the active text, a moment old
-    Observable<std::vector<float>> minimapSamples; ///< of the same text
-    Observable<bool> showInvisibles{false};
-    Observable<bool> goToLineVisible{false}; ///< the field for a line number is shown
-    Observable<std::optional<std::string>> notice;
+    Variable<double> viewportStart{0.0}; ///< top of the visible part as a fraction of the document's height
+    Variable<double> viewportFraction{1.0}; ///< its height, likewise
+    Variable<Language> syntaxLanguage{Language::plain};
+    Variable<Tabs> tabs;
+    Variable<std::optional<Uuid>> activeTabID;
+    Variable<std::string> encodingName{std::string("UTF-8")};
+    Variable<std::string> lineEndings{std::string("LF")}; ///< "LF" or "CRLF"
+    Variable<bool> isReadOnly{false};
+    Variable<bool> isDirty{false};
+    Variable<int64_t> cursorLine{1}; ///< 1-based
+    Variable<int64_t> cursorColumn{1}; ///< 1-based, in units
+    Variable<int64_t> loadGeneration{0}; ///< grows when the editor must take `currentText`
+    Variable<bool> isLoading{false};
+    Variable<TextStats> stats; ///< of the active text, a moment old
+    Variable<std::vector<float>> minimapSamples; ///< of the same text
+    Variable<bool> showInvisibles{false};
+    Variable<bool> goToLineVisible{false}; ///< the field for a line number is shown
+    Variable<std::optional<std::string>> notice;
 
     // The active document.
     const Rope& currentText() const; ///< as last loaded or last taken from the editor

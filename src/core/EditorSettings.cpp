@@ -10,7 +10,7 @@ constexpr double largestFont = 24;
 
 /// A setting: where it is, its key, its default (what it holds before), and which stored values are damaged.
 template <class T> struct Setting {
-    Observable<T> EditorSettings::* field;
+    Variable<T> EditorSettings::* field;
     std::string_view key;
     bool (*isValid)(const T&) = [](const T&) { return true; };
 };

@@ -13,13 +13,13 @@ class EditorSettings {
 public:
     explicit EditorSettings(UserDefaults& defaults); ///< which outlives it
 
-    Observable<std::string> fontName; ///< empty: the system's monospaced font
-    Observable<double> fontSize{13.0}; ///< device-independent pixels
-    Observable<std::string> quickNoteHotKeyID{std::string("ctrl-opt-cmd-n")};
-    Observable<bool> cleanupQuotes;
-    Observable<bool> cleanupDashes;
-    Observable<bool> cleanupTrimTrailing;
-    Observable<bool> cleanupCollapseBlank;
+    Variable<std::string> fontName; ///< empty: the system's monospaced font
+    Variable<double> fontSize{13.0}; ///< device-independent pixels
+    Variable<std::string> quickNoteHotKeyID{std::string("ctrl-opt-cmd-n")};
+    Variable<bool> cleanupQuotes;
+    Variable<bool> cleanupDashes;
+    Variable<bool> cleanupTrimTrailing;
+    Variable<bool> cleanupCollapseBlank;
 
 private:
     std::vector<Connection> m_connections;

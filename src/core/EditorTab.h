@@ -31,9 +31,9 @@ struct EditorTab {
     }
 
     const Uuid id = Uuid::random();
-    Observable<TabSource> source;
-    Observable<std::string> title;
-    Observable<bool> isDirty{false}; ///< edits that are not yet written
+    Variable<TabSource> source;
+    Variable<std::string> title;
+    Variable<bool> isDirty{false}; ///< edits that are not yet written
     std::optional<Language> languageOverride; ///< chosen by the user; absent: found from the file
     bool encodingNoticeShown = false; ///< the notice about writing as UTF-8 comes once a tab
 

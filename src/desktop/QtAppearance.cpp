@@ -85,7 +85,7 @@ void QtAppearance::update()
         return;
     m_isThemed = true;
     QApplication::setPalette(themePalette(wanted));
-    variant.set(wanted);
+    m_variant.set(wanted);
 }
 
 void QtAppearance::askDesktop()

@@ -31,7 +31,7 @@ public:
     /// desktop's palette says until the desktop has answered what it prefers.
     void apply(AppearanceMode mode) override;
 
-    Observable<ThemeVariant> variant{ThemeVariant::light}; ///< in effect; set after the palette
+    const Observable<ThemeVariant>& variant = m_variant; ///< in effect; set after the palette
 
 private:
     Q_SLOT void settingChanged(const QDBusMessage& change);
@@ -41,6 +41,7 @@ private:
     void update();
 
     Scheduler& m_scheduler;
+    Variable<ThemeVariant> m_variant{ThemeVariant::light};
     const ThemeVariant m_startVariant; ///< of the desktop's own palette, before the theme's replaced it
     ThemeVariant m_desktopVariant;
     AppearanceMode m_mode = AppearanceMode::system;

@@ -67,7 +67,7 @@ void NoteStore::useFolder(const Path& folder)
     m_reported.clear();
     clearSearch();
     (void)m_services.files.makeFolders(folder);
-    folderURL.set(folder);
+    m_folderURL.set(folder);
     reloadNotes();
     startWatchingFolder();
 }
@@ -102,14 +102,14 @@ void NoteStore::reloadNotes()
     }
     std::ranges::stable_sort( // before they become records, which are larger to move about
         noteFiles, std::ranges::greater(), [](const FolderEntry* entry) { return entry->info.modified; });
-    notes.set(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), noteFiles));
+    m_notes.set(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), noteFiles));
 }
 
 // ---- Records
 
 void NoteStore::insertInFront(Note note)
 {
-    notes.modify([&](Notes& all) {
+    m_notes.modify([&](Notes& all) {
         all.insert(all.begin(), std::move(note));
         return true;
     });
@@ -117,7 +117,7 @@ void NoteStore::insertInFront(Note note)
 
 void NoteStore::update(const Note& note)
 {
-    notes.modify([&](Notes& all) {
+    m_notes.modify([&](Notes& all) {
         const auto place = std::ranges::find(all, note.id, &Note::id);
         if (place == all.end() || *place == note)
             return false;
@@ -131,7 +131,7 @@ void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
     if (!find(id))
         return;
     m_unmade.erase(id);
-    notes.modify([&](Notes& all) {
+    m_notes.modify([&](Notes& all) {
         Note& note = *std::ranges::find(all, id, &Note::id);
         auto [title, preview] = titleAndPreviewOf(text);
         note.title = std::move(title);
@@ -248,7 +248,7 @@ void NoteStore::trashNote(Note note)
     }
     m_services.trash.recycle(note.url);
     m_services.known.rememberMissing(note.url); // also for another record of this path
-    notes.modify([&](Notes& all) {
+    m_notes.modify([&](Notes& all) {
         return std::erase_if(all, [&](const Note& other) { return other.id == note.id; }) > 0;
     });
 }

@@ -50,8 +50,9 @@ public:
     NoteStore(const NoteStore&) = delete;
     NoteStore& operator=(const NoteStore&) = delete;
 
-    Observable<Notes> notes; ///< newest first; new notes and copies stand in front until something is saved
-    Observable<Path> folderURL;
+    /// Newest first; new notes and copies stand in front until something is saved.
+    const Observable<Notes>& notes = m_notes;
+    const Observable<Path>& folderURL = m_folderURL;
 
     const Note* find(const Uuid& id) const; ///< null when there is none; valid until `notes` changes
 
@@ -61,9 +62,10 @@ public:
     void reloadNotes(); ///< lists the folder from scratch; every record gets a new id
 
     // Search.
-    Observable<std::string> searchQuery; ///< as typed
-    Observable<std::unordered_set<Uuid>> contentMatchIDs; ///< notes whose files contain the query
-    Observable<bool> isSearchingContents{false}; ///< more matches may come
+    const Observable<std::string>& searchQuery = m_searchQuery; ///< as typed
+    const Observable<std::unordered_set<Uuid>>& contentMatchIDs
+        = m_contentMatchIDs; ///< notes whose files contain the query
+    const Observable<bool>& isSearchingContents = m_isSearchingContents; ///< more matches may come
     /// The notes whose title, preview or file contains the query, in the order of `notes`. Files are searched
     /// in the background, 0.2 s after the last call; titles and previews match at once.
     void updateSearchQuery(std::string_view text);
@@ -124,6 +126,11 @@ private:
     void update(const Note& note);
 
     NoteStoreServices m_services;
+    Variable<Notes> m_notes;
+    Variable<Path> m_folderURL;
+    Variable<std::string> m_searchQuery;
+    Variable<std::unordered_set<Uuid>> m_contentMatchIDs;
+    Variable<bool> m_isSearchingContents{false};
     SearchKey m_searchKey{u""};
     Task m_searchDelay;
     std::vector<Task> m_searchTasks; ///< one for each part of the notes

@@ -47,9 +47,9 @@ void NoteStore::updateSearchQuery(std::string_view text)
     m_searchDelay.cancel();
     m_searchTasks.clear();
     m_searchKey = SearchKey(utf16(text));
-    contentMatchIDs.set({});
-    isSearchingContents.set(!m_searchKey.isEmpty());
-    searchQuery.set(std::string(text));
+    m_contentMatchIDs.set({});
+    m_isSearchingContents.set(!m_searchKey.isEmpty());
+    m_searchQuery.set(std::string(text));
     if (!m_searchKey.isEmpty())
         m_searchDelay = m_services.scheduler.after(searchDelay, [this] { startContentSearch(); });
 }
@@ -82,8 +82,8 @@ void NoteStore::startContentSearch()
                 found->ids.insert(ids.begin(), ids.end());
                 if (--found->partsLeft > 0)
                     return;
-                contentMatchIDs.set(std::move(found->ids));
-                isSearchingContents.set(false);
+                m_contentMatchIDs.set(std::move(found->ids));
+                m_isSearchingContents.set(false);
             }));
     }
 }

@@ -63,7 +63,7 @@ void NoteStore::syncWithDisk()
 
     std::vector<Uuid> changedIDs;
     std::vector<Uuid> removedIDs;
-    notes.modify([&](Notes& all) {
+    m_notes.modify([&](Notes& all) {
         std::vector<OtherVersion> versions;
         size_t kept = 0;
         for (Note& note : all) {

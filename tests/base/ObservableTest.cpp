@@ -10,7 +10,7 @@ namespace {
 
 TEST(Observable, TellsOfChangesOnly)
 {
-    Observable<int> value(1);
+    Variable<int> value(1);
     std::vector<int> heard;
     const Connection connection = value.onChange([&](int now) { heard.push_back(now); });
     value.set(1);
@@ -22,7 +22,7 @@ TEST(Observable, TellsOfChangesOnly)
 
 TEST(Observable, ConnectionEndsWithItsOwnerAndMoves)
 {
-    Observable<int> value;
+    Variable<int> value;
     int calls = 0;
     Connection kept;
     {
@@ -41,14 +41,14 @@ TEST(Observable, ConnectionEndsWithItsOwnerAndMoves)
 
 TEST(Observable, ConnectionMayOutliveTheValue)
 {
-    std::optional<Observable<int>> value(std::in_place, 1);
+    std::optional<Variable<int>> value(std::in_place, 1);
     const Connection connection = value->onChange([](int) {});
     value.reset();
 }
 
 TEST(Observable, SlotMayDropItsOwnConnection)
 {
-    Observable<int> value;
+    Variable<int> value;
     int calls = 0;
     Connection once;
     once = value.onChange([&](int) {

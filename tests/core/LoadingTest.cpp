@@ -179,7 +179,8 @@ TEST_F(LoadingTest, ANoteWithoutARecordIsEmptyAndItsWordsAreKept)
     putNote("a.txt", "A");
     start();
     type("words ");
-    app->store.notes.set({});
+    disk.erase(note("a.txt"));
+    app->store.reloadNotes();
     scheduler.advance(2s);
     EXPECT_TRUE(app->isDirty.get());
     open("/docs/other");

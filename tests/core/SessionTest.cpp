@@ -123,7 +123,9 @@ TEST_F(SessionTest, ANoteWithoutARecordKeepsItsPlaceOnly)
     start();
     type("words");
     open("/docs/missing");
-    app->store.notes.set({});
+    disk.erase(note("words.txt"));
+    disk.erase(note("Untitled.txt"));
+    app->store.reloadNotes();
     app->saveSession();
     EXPECT_EQ(nlohmann::json::parse(*defaults.data(key)),
         nlohmann::json::parse(R"({"tabs":[{},{}],"activeIndex":1})"));
