@@ -1,5 +1,7 @@
 #include "desktop/DisplayText.h"
 
+#include "text/Units.h"
+
 #include <algorithm>
 
 namespace quillmark {
@@ -10,15 +12,6 @@ constexpr char16_t replacementCharacter = u'\uFFFD';
 constexpr char16_t newlinePicture = u'\u2424';
 constexpr char16_t deletePicture = u'\u2421';
 constexpr char16_t pictureOfNul = u'\u2400';
-
-constexpr bool isHighSurrogate(char16_t unit)
-{
-    return unit >= 0xD800 && unit <= 0xDBFF;
-}
-constexpr bool isLowSurrogate(char16_t unit)
-{
-    return unit >= 0xDC00 && unit <= 0xDFFF;
-}
 
 /// Most texts have nothing to replace; this keeps them to one comparison or two a unit.
 constexpr bool isPlain(char16_t unit)
@@ -53,7 +46,7 @@ std::u16string displayText(std::u16string_view text)
         if (isHighSurrogate(unit) && i + 1 < shown.size() && isLowSurrogate(shown[i + 1]))
             ++i;
         else
-            shown[i] = isHighSurrogate(unit) || isLowSurrogate(unit) ? replacementCharacter : shownFor(unit);
+            shown[i] = isSurrogate(unit) ? replacementCharacter : shownFor(unit);
     }
     return shown;
 }

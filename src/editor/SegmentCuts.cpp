@@ -1,7 +1,6 @@
 #include "editor/SegmentCuts.h"
 
 #include "text/Unicode.h"
-#include "text/Units.h"
 
 #include <algorithm>
 
@@ -18,13 +17,6 @@ bool standsAlone(char16_t before, char16_t after)
     return before < firstCombiningMark && after < firstCombiningMark && !(before == u'\r' && after == u'\n');
 }
 
-/// Without a character boundary in reach, a pair of surrogates still stays together.
-int64_t forcedCut(const Rope& text, int64_t wanted)
-{
-    const bool splitsPair = isLowSurrogate(text.at(wanted)) && isHighSurrogate(text.at(wanted - 1));
-    return splitsPair ? wanted - 1 : wanted;
-}
-
 int64_t cutNear(const Rope& text, int64_t wanted)
 {
     const std::u16string before = text.text({wanted - blankSearch, blankSearch});
@@ -35,7 +27,9 @@ int64_t cutNear(const Rope& text, int64_t wanted)
             return behindBlank;
     }
     const int64_t boundary = characterBoundaryAtOrBefore(text, wanted);
-    return boundary > wanted - blankSearch ? boundary : forcedCut(text, wanted);
+    if (boundary > wanted - blankSearch)
+        return boundary;
+    return splitsPair(text, wanted) ? wanted - 1 : wanted; // without one in reach, pairs still stay whole
 }
 
 /// The wanted cuts of a part, as places of a grid.

@@ -1,6 +1,7 @@
 #include "io/Encode.h"
 
 #include "io/Utf8.h"
+#include "text/Units.h"
 
 #include <algorithm>
 #include <vector>
@@ -30,7 +31,7 @@ size_t stepLength(std::span<const char16_t> units)
 {
     if (units.size() <= largestStep)
         return units.size();
-    const bool wouldSplitPair = (units[largestStep - 1] & 0xFC00) == 0xD800;
+    const bool wouldSplitPair = isHighSurrogate(units[largestStep - 1]);
     return largestStep - wouldSplitPair;
 }
 

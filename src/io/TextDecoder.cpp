@@ -2,6 +2,7 @@
 
 #include "io/CodePages.h"
 #include "io/Utf8.h"
+#include "text/Units.h"
 
 #include <algorithm>
 #include <cassert>
@@ -195,7 +196,7 @@ public:
         }
         if (behind == Behind::more)
             return size;
-        const bool isWhole = size == window.size() && (m_previous & 0xFC00) != 0xD800;
+        const bool isWhole = size == window.size() && !isHighSurrogate(m_previous);
         flush();
         return isWhole ? std::optional(size) : std::nullopt;
     }
@@ -203,7 +204,7 @@ public:
 private:
     bool append(char16_t unit)
     {
-        if (((m_previous & 0xFC00) == 0xD800) != ((unit & 0xFC00) == 0xDC00))
+        if (isHighSurrogate(m_previous) != isLowSurrogate(unit))
             return false; // half of a surrogate pair
         const bool endsPair = m_previous == u'\r' && unit == u'\n';
         m_previous = unit;

@@ -1,5 +1,7 @@
 #include "io/Utf8.h"
 
+#include "text/Units.h"
+
 #include <bit>
 #include <cstring>
 
@@ -17,14 +19,6 @@ constexpr char16_t replacement = 0xFFFD;
 bool isContinuation(Byte byte)
 {
     return (byte & 0xC0) == 0x80;
-}
-bool isHighSurrogate(char16_t unit)
-{
-    return (unit & 0xFC00) == 0xD800;
-}
-bool isLowSurrogate(char16_t unit)
-{
-    return (unit & 0xFC00) == 0xDC00;
 }
 
 /// A sequence at the start of some bytes. Ill-formed ones have the length of their maximal subpart.
@@ -246,7 +240,7 @@ char* utf16ToUtf8(std::span<const char16_t> units, char* target)
             const char32_t high = unit & 0x3FFu;
             target = put(0x10000 + (high << 10 | (units[++i] & 0x3FFu)), target);
         } else {
-            target = put(isHighSurrogate(unit) || isLowSurrogate(unit) ? replacement : unit, target);
+            target = put(isSurrogate(unit) ? replacement : unit, target);
         }
     }
     return target;

@@ -141,46 +141,6 @@ private:
     UErrorCode m_status = U_ZERO_ERROR;
 };
 
-std::u16string escaped(std::u16string_view literal, std::u16string_view signsWithMeaning)
-{
-    std::u16string result;
-    for (const char16_t unit : literal) {
-        if (signsWithMeaning.contains(unit))
-            result += u'\\';
-        result += unit;
-    }
-    return result;
-}
-
-bool isDigit(char16_t unit)
-{
-    return unit >= u'0' && unit <= u'9';
-}
-
-/// Reads the number of a group at the start of `digits`: the first digit, and more while they name a group.
-size_t takeGroupNumber(std::u16string_view& digits, size_t groupCount)
-{
-    size_t number = 0;
-    size_t taken = 0;
-    while (taken < digits.size() && isDigit(digits[taken])) {
-        const size_t longer = number * 10 + (digits[taken] - u'0');
-        if (taken > 0 && longer > groupCount)
-            break;
-        number = longer;
-        ++taken;
-    }
-    digits.remove_prefix(taken);
-    return number;
-}
-
-std::u16string_view textOf(const Regex::Match& match, size_t group, std::u16string_view text)
-{
-    if (group >= match.groups.size() || match.groups[group].location < 0)
-        return {};
-    const Range range = match.groups[group];
-    return text.substr(static_cast<size_t>(range.location), static_cast<size_t>(range.length));
-}
-
 } // namespace
 
 struct Regex::Impl {
@@ -213,29 +173,6 @@ Result<Regex> Regex::compile(std::u16string_view pattern, Options options)
     return Regex(std::make_unique<Impl>(std::move(expression), groupCount));
 }
 
-std::u16string Regex::escapedPattern(std::u16string_view literal)
-{
-    return escaped(literal, u"*?+[](){}^$|\\.");
-}
-
-std::u16string Regex::escapedTemplate(std::u16string_view literal)
-{
-    return escaped(literal, u"$\\");
-}
-
-Regex Regex::clone() const
-{
-    UErrorCode status = U_ZERO_ERROR;
-    Expression copy(uregex_clone(m_impl->expression.get(), &status));
-    assert(U_SUCCESS(status));
-    return Regex(std::make_unique<Impl>(std::move(copy), m_impl->groupCount));
-}
-
-int Regex::groupCount() const
-{
-    return m_impl->groupCount;
-}
-
 Regex::Outcome Regex::forEachMatch(std::u16string_view text, Range within, const Limits& limits,
     const std::function<bool(const Match&)>& found)
 {
@@ -264,46 +201,6 @@ std::optional<Regex::Match> Regex::firstMatch(std::u16string_view text)
         return false;
     });
     return first;
-}
-
-std::expected<std::u16string, Regex::Outcome> Regex::replaceAll(
-    std::u16string_view text, std::u16string_view replacementTemplate, const Limits& limits)
-{
-    std::u16string result;
-    size_t done = 0;
-    const auto replace = [&](const Match& match) {
-        const auto start = static_cast<size_t>(match.range().location);
-        result += text.substr(done, start - done);
-        result += expandTemplate(replacementTemplate, match, text);
-        done = static_cast<size_t>(match.range().end());
-        return true;
-    };
-    const Outcome outcome = forEachMatch(text, {0, static_cast<int64_t>(text.size())}, limits, replace);
-    if (outcome != Outcome::finished)
-        return std::unexpected(outcome);
-    result += text.substr(done);
-    return result;
-}
-
-std::u16string Regex::expandTemplate(
-    std::u16string_view replacementTemplate, const Match& match, std::u16string_view text)
-{
-    std::u16string result;
-    std::u16string_view rest = replacementTemplate;
-    while (!rest.empty()) {
-        const char16_t unit = rest.front();
-        rest.remove_prefix(1);
-        if (unit == u'\\' && !rest.empty()) {
-            result += rest.front();
-            rest.remove_prefix(1);
-        } else if (unit == u'$' && !rest.empty() && isDigit(rest.front())) {
-            const size_t group = takeGroupNumber(rest, match.groups.size() - 1);
-            result += textOf(match, group, text);
-        } else {
-            result += unit;
-        }
-    }
-    return result;
 }
 
 } // namespace quillmark

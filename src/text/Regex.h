@@ -6,7 +6,6 @@
 #include "base/Result.h"
 #include "base/Scheduler.h"
 
-#include <expected>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -49,15 +48,10 @@ public:
 
     /// The error says where the pattern is wrong; also a pattern of more than 100,000 units is an error.
     static Result<Regex> compile(std::u16string_view pattern, Options options = {});
-    static std::u16string escapedPattern(std::u16string_view literal); ///< matches exactly `literal`
-    static std::u16string escapedTemplate(std::u16string_view literal); ///< expands to exactly `literal`
 
     Regex(Regex&&) noexcept;
     Regex& operator=(Regex&&) noexcept;
     ~Regex();
-    Regex clone() const; ///< shares the compiled pattern; for searching on another thread
-
-    int groupCount() const; ///< without group 0
 
     /// Calls `found(match)` for each match in `within` (cut to the text), in order, until it returns false.
     /// An empty match is followed by one that starts later. Assertions look around `within`, so that ^ does
@@ -68,16 +62,6 @@ public:
 
     /// The first match, without any limit: for short texts and patterns of the program's own.
     std::optional<Match> firstMatch(std::u16string_view text);
-
-    /// The text with every match replaced, or what stopped the search: then nothing is replaced.
-    std::expected<std::u16string, Outcome> replaceAll(
-        std::u16string_view text, std::u16string_view replacementTemplate, const Limits& limits = {});
-
-    /// A template filled in from a match of `text`: $n is group n, with as many digits as still name a group,
-    /// and nothing for a group that is not there; \ takes the meaning from the sign behind it. All else
-    /// stands for itself, a $ without a digit included.
-    static std::u16string expandTemplate(
-        std::u16string_view replacementTemplate, const Match& match, std::u16string_view text);
 
 private:
     struct Impl;

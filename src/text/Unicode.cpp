@@ -1,5 +1,7 @@
 #include "text/Unicode.h"
 
+#include "text/Units.h"
+
 #include <algorithm>
 #include <cassert>
 #include <unicode/uchar.h>
@@ -31,9 +33,7 @@ std::u16string_view firstPiece(std::u16string_view text)
     return text.substr(0, lineFeed == text.npos ? longestPiece : lineFeed + 1);
 }
 
-using CaseMapping = int32_t(char16_t*, int32_t, const char16_t*, int32_t, const char*, UErrorCode*);
-
-void appendMapped(std::u16string& result, std::u16string_view piece, CaseMapping* map)
+void appendLowercase(std::u16string& result, std::u16string_view piece)
 {
     constexpr const char* rootLocale = "";
     const size_t start = result.size();
@@ -41,8 +41,8 @@ void appendMapped(std::u16string& result, std::u16string_view piece, CaseMapping
     for (;;) {
         result.resize(start + capacity);
         UErrorCode status = U_ZERO_ERROR;
-        const int32_t length = map(result.data() + start, static_cast<int32_t>(capacity), piece.data(),
-            static_cast<int32_t>(piece.size()), rootLocale, &status);
+        const int32_t length = u_strToLower(result.data() + start, static_cast<int32_t>(capacity),
+            piece.data(), static_cast<int32_t>(piece.size()), rootLocale, &status);
         if (status != U_BUFFER_OVERFLOW_ERROR) {
             assert(U_SUCCESS(status));
             result.resize(start + static_cast<size_t>(length));
@@ -50,17 +50,6 @@ void appendMapped(std::u16string& result, std::u16string_view piece, CaseMapping
         }
         capacity = static_cast<size_t>(length);
     }
-}
-
-std::u16string mapCase(std::u16string_view text, CaseMapping* map)
-{
-    std::u16string result;
-    while (!text.empty()) {
-        const std::u16string_view piece = firstPiece(text);
-        appendMapped(result, piece, map);
-        text.remove_prefix(piece.size());
-    }
-    return result;
 }
 
 template <class IsSpace> std::u16string_view trimmedOf(std::u16string_view text, IsSpace isSpace)
@@ -71,6 +60,12 @@ template <class IsSpace> std::u16string_view trimmedOf(std::u16string_view text,
 }
 
 } // namespace
+
+bool splitsPair(const Rope& text, int64_t offset)
+{
+    assert(offset >= 0 && offset <= text.length());
+    return offset > 0 && isLowSurrogate(text.at(offset)) && isHighSurrogate(text.at(offset - 1));
+}
 
 std::u16string utf16(std::string_view utf8)
 {
@@ -135,12 +130,13 @@ std::u16string_view trimmed(std::u16string_view text)
 
 std::u16string lowercase(std::u16string_view text)
 {
-    return mapCase(text, u_strToLower);
-}
-
-std::u16string uppercase(std::u16string_view text)
-{
-    return mapCase(text, u_strToUpper);
+    std::u16string result;
+    while (!text.empty()) {
+        const std::u16string_view piece = firstPiece(text);
+        appendLowercase(result, piece);
+        text.remove_prefix(piece.size());
+    }
+    return result;
 }
 
 bool canonicallyEqual(std::u16string_view a, std::u16string_view b)

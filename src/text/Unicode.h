@@ -9,6 +9,9 @@
 
 namespace quillmark {
 
+/// Whether an offset lies between the two halves of a surrogate pair.
+bool splitsPair(const Rope& text, int64_t offset);
+
 // Conversion. Ill-formed input becomes U+FFFD, one per maximal ill-formed subpart.
 std::u16string utf16(std::string_view utf8);
 std::string utf8(std::u16string_view text);
@@ -46,9 +49,8 @@ bool isHorizontalSpace(char32_t c); ///< general category Zs, and the tab
 std::u16string_view trimmedHorizontally(std::u16string_view text);
 std::u16string_view trimmed(std::u16string_view text); ///< white space and line breaks at both ends
 
-// Case (default mappings, no locale) and equivalence.
+// Case (the default mapping, no locale) and equivalence.
 std::u16string lowercase(std::u16string_view text);
-std::u16string uppercase(std::u16string_view text);
 bool canonicallyEqual(std::u16string_view a, std::u16string_view b);
 
 } // namespace quillmark

@@ -11,6 +11,10 @@
 
 namespace quillmark {
 
+constexpr bool isSurrogate(char16_t unit)
+{
+    return (unit & 0xF800) == 0xD800;
+}
 constexpr bool isHighSurrogate(char16_t unit)
 {
     return (unit & 0xFC00) == 0xD800;

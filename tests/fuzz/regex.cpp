@@ -26,9 +26,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const Regex::Limits limits{.cancel = {}, .time = std::chrono::milliseconds(200)};
     if (auto regex = Regex::compile(pattern))
         regex->forEachMatch(text, {0, static_cast<int64_t>(text.size())}, limits, inOrder);
-
-    auto literal = Regex::compile(Regex::escapedPattern(pattern)); // an empty one is an error
-    if (!pattern.empty() && (!literal || !literal->firstMatch(pattern)))
-        std::abort();
     return 0;
 }

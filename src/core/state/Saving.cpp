@@ -1,4 +1,5 @@
 #include "core/state/Impl.h"
+#include "text/Units.h"
 
 #include <algorithm>
 
@@ -8,11 +9,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration saveDelay = 800ms;
-
-constexpr bool isSurrogate(char16_t unit)
-{
-    return unit >= 0xD800 && unit < 0xE000;
-}
 
 int64_t utf8Length(std::span<const uint8_t> latin1)
 {
