@@ -60,6 +60,26 @@ void keystroke(benchmark::State& state, int64_t size)
 BENCHMARK_CAPTURE(keystroke, small, small)->Name("Keystroke/100KB")->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(keystroke, large, large)->Name("Keystroke/20MB")->Unit(benchmark::kMicrosecond);
 
+/// One command with many edits, taken back again: what replacing all matches costs.
+void editMany(benchmark::State& state, int64_t size, int64_t count)
+{
+    Editor editor;
+    editor.view.setText(makeRope(size));
+    const int64_t step = editor.view.text().length() / count;
+    for (auto _ : state) {
+        editor.view.perform(UndoManager::Kind::other, [&](const Rope&, const Selection& selection) {
+            Edit edit{.replacements = {}, .selection = selection};
+            for (int64_t i = 0; i < count; ++i)
+                edit.replacements.push_back({{i * step, 3}, u"other"});
+            return edit;
+        });
+        editor.view.undo();
+    }
+}
+BENCHMARK_CAPTURE(editMany, large, large, 100'000)
+    ->Name("EditMany/100kIn20MB")
+    ->Unit(benchmark::kMillisecond);
+
 void open(benchmark::State& state, int64_t size)
 {
     const test::TemporaryFolder folder;

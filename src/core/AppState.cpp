@@ -138,14 +138,7 @@ void AppState::setTextView(PlainTextView* view)
 {
     if (m_impl->textView && isDirty.get())
         m_impl->currentText = editorText(); // the words stay when the editor goes
-    if (m_impl->textView)
-        m_impl->textView->storage().setLetGo({});
     m_impl->textView = view;
-    if (view)
-        view->storage().setLetGo([&scheduler = m_impl->services.scheduler](std::shared_ptr<void> given) {
-            scheduler.runInBackground(
-                Priority::utility, [given = std::move(given)]() mutable { given.reset(); });
-        });
 }
 
 PlainTextView* AppState::textView() const

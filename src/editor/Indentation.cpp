@@ -37,24 +37,25 @@ std::optional<Edit> changeLines(const Rope& text, const Selection& selection, Ch
     const Range block = touchedLines(text, selection.range());
     const std::u16string old = text.text(block);
     const std::u16string_view rest(old);
-    Edit edit{.range = block, .text = {}, .selection = selection};
-    edit.text.reserve(old.size() + old.size() / 8);
+    std::u16string changed;
+    changed.reserve(old.size() + old.size() / 8);
+    Selection moving = selection;
 
     int64_t change = 0; // so far
     bool changes = false;
     for (size_t start = 0; start <= rest.size();) {
         const size_t end = std::min(rest.find(u'\n', start), rest.size());
         const LineChange line = changeOf(rest.substr(start, end - start));
-        edit.text += line.added;
-        edit.text += rest.substr(
+        changed += line.added;
+        changed += rest.substr(
             start + static_cast<size_t>(line.removed), end + 1 - start - static_cast<size_t>(line.removed));
         const Range range{block.location + static_cast<int64_t>(start), static_cast<int64_t>(end - start)};
         const auto follow = [&](int64_t offset, int64_t& to) {
             if (offset >= range.location && offset <= range.end())
                 to = moved(offset, range.location, line, change);
         };
-        follow(selection.anchor, edit.selection.anchor);
-        follow(selection.caret, edit.selection.caret);
+        follow(selection.anchor, moving.anchor);
+        follow(selection.caret, moving.caret);
         change += line.change();
         changes = changes || line.removed > 0 || !line.added.empty();
         start = end + 1;
@@ -63,9 +64,13 @@ std::optional<Edit> changeLines(const Rope& text, const Selection& selection, Ch
         if (offset > block.end())
             to = offset + change;
     };
-    followBehind(selection.anchor, edit.selection.anchor);
-    followBehind(selection.caret, edit.selection.caret);
-    return changes ? std::optional(std::move(edit)) : std::nullopt;
+    followBehind(selection.anchor, moving.anchor);
+    followBehind(selection.caret, moving.caret);
+    if (!changes)
+        return std::nullopt;
+    Edit edit{.replacements = {}, .selection = moving};
+    edit.replacements.push_back({block, std::move(changed)});
+    return edit;
 }
 
 } // namespace

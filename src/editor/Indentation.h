@@ -2,20 +2,9 @@
 // that the selection touches. Any thread.
 #pragma once
 
-#include "editor/Selection.h"
-#include "text/Rope.h"
-
-#include <optional>
-#include <string>
+#include "editor/Edit.h"
 
 namespace quillmark {
-
-/// A replacement and the selection that follows it.
-struct Edit {
-    Range range;
-    std::u16string text;
-    Selection selection;
-};
 
 inline constexpr int64_t spacesPerIndent = 4; ///< that Shift+Tab takes where there is no tab
 

@@ -29,6 +29,7 @@ PlainTextView::Impl::Impl(
     , viewport(layout)
     , edits(storage.onEdit([this](const TextEdit& edit, const Rope&) { shiftWith(edit); }))
 {
+    storage.setLetGo([this](std::shared_ptr<void> given) { scheduler.letGo(std::move(given)); });
 }
 
 void PlainTextView::Impl::shiftWith(const TextEdit& edit)
@@ -90,7 +91,7 @@ PlainTextView::PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& cl
 
 PlainTextView::~PlainTextView() = default;
 
-TextStorage& PlainTextView::storage()
+const TextStorage& PlainTextView::storage() const
 {
     return m_impl->storage;
 }
@@ -211,29 +212,36 @@ CaretPlace PlainTextView::placeOf(int64_t offset, Affinity affinity) const
 
 // What the widget obeys
 
-Signal<>& PlainTextView::needsDisplay()
+// What the widget obeys
+
+void PlainTextView::becomeFirstResponder()
 {
-    return m_impl->needsDisplay;
+    m_impl->firstResponderRequested.emit();
 }
 
-Signal<>& PlainTextView::becomeFirstResponder()
+Connection PlainTextView::onNeedsDisplay(Slot slot)
 {
-    return m_impl->becomeFirstResponder;
+    return m_impl->needsDisplay.connect(std::move(slot));
 }
 
-Signal<>& PlainTextView::scrolled()
+Connection PlainTextView::onFirstResponderRequested(Slot slot)
 {
-    return m_impl->scrolled;
+    return m_impl->firstResponderRequested.connect(std::move(slot));
 }
 
-Signal<>& PlainTextView::commitRequested()
+Connection PlainTextView::onScrolled(Slot slot)
 {
-    return m_impl->commitRequested;
+    return m_impl->scrolled.connect(std::move(slot));
 }
 
-Signal<>& PlainTextView::resetRequested()
+Connection PlainTextView::onCommitRequested(Slot slot)
 {
-    return m_impl->resetRequested;
+    return m_impl->commitRequested.connect(std::move(slot));
+}
+
+Connection PlainTextView::onResetRequested(Slot slot)
+{
+    return m_impl->resetRequested.connect(std::move(slot));
 }
 
 } // namespace quillmark

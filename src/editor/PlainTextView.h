@@ -5,12 +5,14 @@
 
 #include "base/Scheduler.h"
 #include "editor/Composition.h"
+#include "editor/Edit.h"
 #include "editor/LayoutManager.h"
 #include "editor/Selection.h"
 #include "editor/Viewport.h"
 #include "platform/Clipboard.h"
 #include "text/UndoManager.h"
 
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -34,7 +36,7 @@ public:
     PlainTextView(Scheduler& scheduler, Shaper& shaper, Clipboard& clipboard);
     ~PlainTextView();
 
-    TextStorage& storage(); ///< to observe; edits go through the commands below
+    const TextStorage& storage() const; ///< to observe
     const Rope& text() const;
     LayoutManager& layoutManager();
     void setDelegate(Delegate* delegate); ///< may be null; must outlive the view or be reset
@@ -51,6 +53,10 @@ public:
     void select(Selection selection); ///< cut to the text and moved to character boundaries; does not scroll
     void move(Motion motion, Extend extend = Extend::no);
     void selectAll(); ///< does not scroll
+
+    /// The only door to the text: makes what a command wants of it, as one step of undo, and tells the
+    /// delegate once. Returns whether there was anything to do; nothing is done while not editable.
+    bool perform(UndoManager::Kind kind, const EditCommand& command);
 
     // Editing: each is one step for undo unless said otherwise, and does nothing while not editable. Line
     // breaks that come in as CR LF or CR become line feeds.
@@ -119,13 +125,19 @@ public:
     void mouseDragged(double x, double y); ///< outside the area it scrolls (call it again on a timer)
     void mouseReleased();
 
-    // What the widget obeys.
-    Signal<>& needsDisplay(); ///< text, selection, scroll position or layout changed
-    Signal<>& becomeFirstResponder();
-    Signal<>& scrolled(); ///< scrollTop, contentHeight or the visible height changed
-    Signal<>& commitRequested(); ///< the input method is to insert what it composes, if it can, at once
-    Signal<>&
-    resetRequested(); ///< the input method is to forget what it composes: it is in the text, or gone
+    void becomeFirstResponder(); ///< asks for the keyboard
+
+    // What the widget obeys; each for as long as the Connection is kept.
+    using Slot = std::function<void()>;
+    /// Text, selection, scroll position or layout changed.
+    [[nodiscard]] Connection onNeedsDisplay(Slot slot);
+    [[nodiscard]] Connection onFirstResponderRequested(Slot slot);
+    /// scrollTop, contentHeight or the visible height changed.
+    [[nodiscard]] Connection onScrolled(Slot slot);
+    /// The input method is to insert what it composes, if it can, at once.
+    [[nodiscard]] Connection onCommitRequested(Slot slot);
+    /// The input method is to forget what it composes: it is in the text, or gone.
+    [[nodiscard]] Connection onResetRequested(Slot slot);
 
 private:
     struct Impl;

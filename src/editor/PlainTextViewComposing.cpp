@@ -1,25 +1,11 @@
 // Input methods: text that is shown before it is typed, and what is typed by them.
 #include "editor/PlainTextView.h"
 #include "editor/PlainTextViewImpl.h"
-#include "editor/SegmentCuts.h"
-#include "text/Unicode.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace quillmark {
-namespace {
-
-constexpr int64_t contextUnits = 1024; ///< on each side of the caret that an input method may see
-
-bool splitsPair(const Rope& text, int64_t offset)
-{
-    const auto isHigh = [](char16_t unit) { return unit >= 0xD800 && unit < 0xDC00; };
-    const auto isLow = [](char16_t unit) { return unit >= 0xDC00 && unit < 0xE000; };
-    return offset > 0 && isHigh(text.at(offset - 1)) && isLow(text.at(offset));
-}
-
-} // namespace
 
 void PlainTextView::Impl::showComposition()
 {
@@ -43,8 +29,7 @@ void PlainTextView::compose(Composition composition)
         return self.finish(self.selection, Impl::Changed::nothing, Impl::Reveal::nothing);
     }
     if (!self.composition) {
-        if (!self.selection.isEmpty())
-            self.edit(UndoManager::Kind::typing, self.selection.range(), {});
+        perform(UndoManager::Kind::typing, eraseSelection);
         self.selection = Selection::at({self.selection.caret});
         self.goalX.reset();
         self.drag.reset();
@@ -67,33 +52,13 @@ void PlainTextView::insertComposed(std::u16string_view text, Range replaced)
     if (!self.isEditable)
         return;
     self.dropComposition();
-    if (replaced.length > 0)
-        self.replaceNearCaret(replaced, withLineFeeds(text));
-    else if (!text.empty())
-        insertText(text);
-    else
-        self.finish(self.selection, Impl::Changed::nothing, Impl::Reveal::nothing);
-}
-
-/// Replaces a stretch that is counted from the caret, and the selection with it.
-void PlainTextView::Impl::replaceNearCaret(Range replaced, std::u16string_view with)
-{
-    const Selection before = selection;
-    undo.begin(UndoManager::Kind::typing, recorded(before), scheduler.now());
-    storage.replace(before.range(), u"");
-    const Range context = owner.inputContext();
-    const auto placeOf = [&](int64_t fromCaret) {
-        return std::clamp(selection.caret + fromCaret, context.location, context.end());
+    const auto command = [&](const Rope& rope, const Selection& selection) {
+        std::u16string typed = withLineFeeds(text);
+        return replaced.length > 0 ? replaceNearCaret(rope, selection, replaced, std::move(typed))
+                                   : typeText(rope, selection, std::move(typed));
     };
-    int64_t start = placeOf(replaced.location);
-    int64_t end = placeOf(replaced.end());
-    start -= splitsPair(storage.text(), start) ? 1 : 0;
-    end += splitsPair(storage.text(), end) ? 1 : 0;
-    storage.replace(Range::between(start, end), with);
-    selection = Selection::at({start + static_cast<int64_t>(with.size())});
-    undo.end(recorded(selection));
-    goalX.reset();
-    finish(before, Changed::text, Reveal::caret);
+    if (!perform(UndoManager::Kind::typing, command))
+        self.finish(self.selection, Impl::Changed::nothing, Impl::Reveal::nothing);
 }
 
 void PlainTextView::commitComposition()
@@ -131,12 +96,7 @@ Range PlainTextView::Impl::afterComposing(Range range)
 
 Range PlainTextView::inputContext() const
 {
-    const int64_t caret = m_impl->selection.caret;
-    const Range line = text().lineRange(text().lineAt(caret));
-    const Range near = intersection(line, {caret - contextUnits, 2 * contextUnits});
-    const int64_t start = characterBoundaryAtOrBefore(text(), near.location);
-    const int64_t end = characterBoundaryAtOrBefore(text(), near.end());
-    return Range::between(std::max(start, line.location), std::max(end, caret));
+    return inputContextAt(text(), m_impl->selection.caret);
 }
 
 } // namespace quillmark

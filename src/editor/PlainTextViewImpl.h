@@ -1,7 +1,7 @@
 // What PlainTextView keeps, for the files that implement it.
 #pragma once
 
-#include "editor/Indentation.h"
+#include "editor/EditCommands.h"
 #include "editor/PlainTextView.h"
 
 #include <optional>
@@ -34,13 +34,11 @@ struct PlainTextView::Impl {
     void settleForAMoment();
     void shiftWith(const TextEdit& edit);
 
-    void edit(UndoManager::Kind kind, Range range, std::u16string_view with);
-    void deleteTo(int64_t end, UndoManager::Kind kind);
-    void travel(std::optional<UndoManager::Selection> (UndoManager::*step)());
+    void erase(UndoManager::Kind kind, CaretTarget target);
+    void moveInHistory(std::optional<UndoManager::Selection> (UndoManager::*step)());
+    void finishEdit(const Selection& before, Selection after);
 
-    void makeEdit(std::optional<Edit> edit);
     void showComposition();
-    void replaceNearCaret(Range replaced, std::u16string_view with);
     void dropComposition();
     TextEdit finishComposing();
     Range afterComposing(Range range);
@@ -68,13 +66,10 @@ struct PlainTextView::Impl {
     Task settling; ///< pending while a row count of the layout rests on samples
 
     Signal<> needsDisplay;
-    Signal<> becomeFirstResponder;
+    Signal<> firstResponderRequested;
     Signal<> scrolled;
     Signal<> commitRequested;
     Signal<> resetRequested;
 };
-
-std::u16string withLineFeeds(std::u16string_view text);
-UndoManager::Selection recorded(const Selection& selection);
 
 } // namespace quillmark

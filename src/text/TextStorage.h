@@ -32,7 +32,7 @@ public:
 
     /// Calls `slot(edit, oldText)` after each edit, when text() is already the new text. Observers must not
     /// edit the storage.
-    template <class Slot> [[nodiscard]] Connection onEdit(Slot slot)
+    template <class Slot> [[nodiscard]] Connection onEdit(Slot slot) const
     {
         return Connection(m_edited.connect(std::move(slot)));
     }
@@ -50,7 +50,7 @@ private:
     template <class Text> void edit(Range range, const Text& with, int64_t length);
 
     Rope m_text;
-    Signal<const TextEdit&, const Rope& /* old text */> m_edited;
+    mutable Signal<const TextEdit&, const Rope& /* old text */> m_edited; // to listen changes nothing
     LetGo m_letGo;
     bool m_isTelling = false; ///< observers are hearing of an edit
 };

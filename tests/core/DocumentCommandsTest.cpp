@@ -64,7 +64,7 @@ TEST_F(DocumentCommandsTest, GoingToALine)
     start();
     type("one\ntwo\nthree");
     int focused = 0;
-    const Connection focus(view.becomeFirstResponder().connect([&] { ++focused; }));
+    const Connection focus(view.onFirstResponderRequested([&] { ++focused; }));
     const auto caretAfter = [&](int64_t line) {
         app->goToLineVisible.set(true);
         app->goToLine(line);

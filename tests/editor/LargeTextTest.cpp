@@ -26,7 +26,7 @@ TEST(Settling, MakesTheHeightRightAndMovesNothing)
     const VisibleRow before = editor.view.visibleRows().front();
     EXPECT_NE(editor.view.contentHeight(), walked.view.contentHeight()) << "there is nothing to settle";
     int told = 0;
-    const Connection connection(editor.view.scrolled().connect([&] { ++told; }));
+    const Connection connection(editor.view.onScrolled([&] { ++told; }));
     editor.scheduler.advance(std::chrono::milliseconds(99));
     EXPECT_EQ(told, 0) << "a moment without keys and scrolling comes first";
     editor.scheduler.advance(std::chrono::seconds(1));

@@ -9,7 +9,8 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
+#include <algorithm>
+#include <ranges>
 #include <vector>
 
 namespace quillmark::test {
@@ -28,7 +29,7 @@ public:
 
     void step()
     {
-        const int64_t command = m_random.below(10);
+        const int64_t command = m_random.below(11);
         if (command < 3)
             type();
         else if (command < 5)
@@ -39,8 +40,10 @@ public:
             move();
         else if (command == 8)
             look();
+        else if (command == 9)
+            editMany();
         else
-            travel();
+            goBack();
     }
 
     void expectEqual() const
@@ -141,7 +144,42 @@ private:
             editor.view.scrollTo(editor.view.contentHeight() * static_cast<double>(m_random.below(11)) / 10);
     }
 
-    void travel()
+    /// Disjoint edits anywhere, of which some put in another part of the text.
+    void editMany()
+    {
+        const Rope old(m_text);
+        Edit edit;
+        for (int64_t end = 0; edit.replacements.size() < 8;) {
+            const int64_t start = boundary(old, end + m_random.below(200));
+            end = boundary(old, start + m_random.below(20));
+            if (start >= old.length())
+                break;
+            const Rope part = old.slice({0, boundary(old, m_random.below(30))});
+            if (m_random.oneIn(2))
+                edit.replacements.push_back({Range::between(start, end), part});
+            else
+                edit.replacements.push_back({Range::between(start, end), u"новое\n"});
+        }
+        for (const Replacement& made : edit.replacements | std::views::reverse) {
+            const auto* units = std::get_if<std::u16string>(&made.with);
+            m_text.replace(static_cast<size_t>(made.range.location), static_cast<size_t>(made.range.length),
+                units ? *units : std::get<Rope>(made.with).text());
+        }
+        const int64_t caret = boundary(Rope(m_text), m_random.upTo(static_cast<int64_t>(m_text.size())));
+        edit.selection = Selection::at({caret});
+        editor.heard.clear();
+        editor.view.perform(UndoManager::Kind::other, [&](const Rope&, const Selection&) { return edit; });
+        EXPECT_EQ(editor.heard, "text selection ");
+        EXPECT_EQ(editor.view.selection(), edit.selection);
+    }
+
+    static int64_t boundary(const Rope& text, int64_t offset)
+    {
+        offset = std::min(offset, text.length());
+        return offset - (splitsPair(text, offset) ? 1 : 0);
+    }
+
+    void goBack()
     {
         if (!editor.view.canUndo())
             return;

@@ -1,6 +1,7 @@
 // Scrolling: what stands on the screen stays there while estimates are corrected, text is edited and the
 // width changes.
 #include "VisibleRows.h"
+#include "editor/EditCommands.h"
 #include "editor/RowMap.h"
 #include "support/MarkedText.h"
 #include "support/Repeated.h"
@@ -106,12 +107,20 @@ TEST(Viewport, EditsAboveDoNotMoveWhatIsVisible)
     editor.view.scrollBy(3);
     const VisibleRow before = editor.view.visibleRows().front();
     const std::string shown = textOf(editor.view, before);
-    editor.view.storage().replace({10, 0}, u"new\nlines\n");
-    editor.view.storage().replace({0, 5}, u"");
+    const auto edit = [&](Range range, std::u16string with) {
+        editor.view.perform(UndoManager::Kind::other, [&](const Rope& text, const Selection&) {
+            auto made = replaceRange(text, range, with);
+            const int64_t visible = editor.view.visibleRows()[2].layout.range.location;
+            made->selection = Selection::at({visible + made->replacements.front().change()});
+            return made;
+        });
+    };
+    edit({10, 0}, u"new\nlines\n");
+    edit({0, 5}, u"");
     EXPECT_EQ(textOf(editor.view, editor.view.visibleRows().front()), shown);
     EXPECT_EQ(editor.view.visibleRows().front().top, before.top);
     const int64_t end = editor.view.visibleRows().front().layout.range.location + 2;
-    editor.view.storage().replace({0, end}, u"");
+    edit({0, end}, u"");
     EXPECT_EQ(textOf(editor.view, editor.view.visibleRows().front()), shown.substr(2))
         << "the row itself is cut";
     expectSound(editor.view, 10 * row);
@@ -178,7 +187,7 @@ TEST(Viewport, TellsWhenItIsScrolledAndOnlyThen)
     TestEditor editor;
     editor.view.setText(Rope(awkwardLines(100)));
     int told = 0;
-    const Connection connection(editor.view.scrolled().connect([&] { ++told; }));
+    const Connection connection(editor.view.onScrolled([&] { ++told; }));
     editor.view.move(Motion::characterRight);
     EXPECT_EQ(told, 0);
     editor.view.scrollBy(5);

@@ -336,7 +336,7 @@ private:
             EXPECT_TRUE(text() == before.text || model().isEditable());
         } else if (model().isEditable()) {
             const int64_t at = m_random.upTo(model().text().length());
-            model().storage().replace({at, m_random.below(5)}, piece());
+            model().replace({at, m_random.below(5)}, piece());
         }
         mouse(QEvent::MouseMove, place());
         mouse(QEvent::MouseButtonRelease, place());

@@ -29,7 +29,7 @@ Coordinator::Coordinator(AppState& app, Scheduler& scheduler, EditorView& view)
         if (generation != m_lastGeneration)
             installText();
     }));
-    m_connections.emplace_back(view.boundsChanged().connect([this] { boundsChanged(); }));
+    m_connections.emplace_back(view.onBoundsChanged([this] { boundsChanged(); }));
 
     PlainTextView& text = view.textView();
     text.setDelegate(this);

@@ -281,7 +281,7 @@ EditorAnnouncer::EditorAnnouncer(EditorView& view, Tell tell)
     PlainTextView& model = view.textView();
     m_connections.emplace_back(model.storage().onEdit(
         [this](const TextEdit& edit, const Rope& oldText) { announceEdit(edit, oldText); }));
-    m_connections.emplace_back(model.needsDisplay().connect([this] { announceSelection(); }));
+    m_connections.emplace_back(model.onNeedsDisplay([this] { announceSelection(); }));
 }
 
 EditorAnnouncer::~EditorAnnouncer()

@@ -16,7 +16,11 @@ public:
 
     /// What of the document is visible, in pixels.
     void setPlace(double top, double height, double documentHeight);
-    Signal<double>& scrollRequested() { return m_scrollRequested; } ///< the wanted top
+    /// Calls `slot(top)` with the wanted top.
+    template <class Slot> [[nodiscard]] Connection onScrollRequested(Slot slot)
+    {
+        return Connection(m_scrollRequested.connect(std::move(slot)));
+    }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -67,15 +67,14 @@ EditorView::EditorView(Scheduler& scheduler, Clipboard& clipboard, QWidget* pare
     setCursor(Qt::IBeamCursor);
     setAcceptDrops(true);
     m_text.setVerticalInset(verticalInset);
-    m_connections.emplace_back(m_text.needsDisplay().connect([this] { refreshLater(); }));
-    m_connections.emplace_back(m_text.becomeFirstResponder().connect([this] { setFocus(); }));
-    m_connections.emplace_back(m_text.commitRequested().connect([this] { askInputMethodToCommit(); }));
-    m_connections.emplace_back(m_text.resetRequested().connect([this] { resetInputMethod(); }));
+    m_connections.emplace_back(m_text.onNeedsDisplay([this] { refreshLater(); }));
+    m_connections.emplace_back(m_text.onFirstResponderRequested([this] { setFocus(); }));
+    m_connections.emplace_back(m_text.onCommitRequested([this] { askInputMethodToCommit(); }));
+    m_connections.emplace_back(m_text.onResetRequested([this] { resetInputMethod(); }));
     m_connections.emplace_back(
         m_text.storage().onEdit([this](const TextEdit&, const Rope&) { m_hasTextChanged = true; }));
-    m_connections.emplace_back(m_text.scrolled().connect([this] { placeScrollBar(); }));
-    m_connections.emplace_back(
-        m_scrollBar->scrollRequested().connect([this](double top) { m_text.scrollTo(top); }));
+    m_connections.emplace_back(m_text.onScrolled([this] { placeScrollBar(); }));
+    m_connections.emplace_back(m_scrollBar->onScrollRequested([this](double top) { m_text.scrollTo(top); }));
     m_announcer = std::make_unique<EditorAnnouncer>(*this);
 }
 

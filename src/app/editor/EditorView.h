@@ -29,7 +29,11 @@ public:
     void setEditorFont(const QFont& font); ///< of existing and of new text; the text itself is not touched
     const QFont& textFont() const { return m_shaper.font(); }
     void setEditable(bool editable);
-    Signal<>& boundsChanged() { return m_boundsChanged; } ///< after every scroll and resize
+    /// Calls `slot()` after every scroll and resize.
+    template <class Slot> [[nodiscard]] Connection onBoundsChanged(Slot slot)
+    {
+        return Connection(m_boundsChanged.connect(std::move(slot)));
+    }
 
     QSize sizeHint() const override { return {800, 600}; }
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;

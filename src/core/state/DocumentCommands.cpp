@@ -63,7 +63,7 @@ void AppState::goToLine(int64_t line)
     const Line wanted{std::min(line, view->text().lineCount()) - 1};
     view->select(Selection::at({view->text().startOf(wanted)}));
     view->scrollToCaret();
-    view->becomeFirstResponder().emit();
+    view->becomeFirstResponder();
 }
 
 void AppState::scrollEditorToFraction(double fraction)

@@ -81,7 +81,7 @@ void SidebarView::wireSearch()
 void SidebarView::focusEditor()
 {
     if (PlainTextView* text = m_app.textView())
-        text->becomeFirstResponder().emit();
+        text->becomeFirstResponder();
 }
 
 void SidebarView::choose(const QModelIndex& index)
