@@ -49,31 +49,6 @@ TEST_F(CommandsTest, NoIdAndNoKeyIsTakenTwice)
     }
 }
 
-TEST_F(CommandsTest, FilesAndTabs)
-{
-    start();
-    type("words");
-    run("file.newTab");
-    EXPECT_EQ(app->tabs->size(), 2u);
-    chosen = {"/docs/a", "/docs/b"};
-    run("file.open");
-    EXPECT_EQ(titles(), (Strings{"words", "Untitled", "a", "b"}));
-    EXPECT_EQ(activeIndex(), 3u);
-    run("view.nextTab");
-    EXPECT_EQ(activeIndex(), 0u);
-    run("view.previousTab");
-    run("file.closeTab");
-    EXPECT_EQ(titles(), (Strings{"words", "Untitled", "a"}));
-    select(0);
-    type("x");
-    run("file.save");
-    EXPECT_EQ(noteText("words.txt"), "xwords");
-    run("view.toggleSidebar");
-    run("edit.searchNotes");
-    run("app.quit");
-    EXPECT_EQ(sidebarToggles + searches + quits, 3);
-}
-
 TEST_F(CommandsTest, EditingGoesToTheEditorThatHasTheFocus)
 {
     start();

@@ -28,31 +28,6 @@ TEST(EditorSettings, AreTheDefaultsWhereNothingOrSomethingOfAnotherTypeIsStored)
     }
 }
 
-TEST(EditorSettings, EachFieldIsWrittenAtOnceUnderItsKeyAndComesBack)
-{
-    test::MemoryDefaults defaults;
-    {
-        EditorSettings settings(defaults);
-        settings.fontName.set("JetBrains Mono");
-        settings.fontSize.set(18);
-        settings.quickNoteHotKeyID.set("ctrl-opt-cmd-m");
-        settings.cleanupQuotes.set(true);
-        settings.cleanupDashes.set(true);
-        settings.cleanupTrimTrailing.set(true);
-        settings.cleanupCollapseBlank.set(true);
-        settings.cleanupDashes.set(false);
-    }
-    EXPECT_EQ(defaults.writtenKeys(),
-        (std::vector<std::string>{"editor.fontName", "editor.fontSize", "quickNote.hotKey", "cleanup.quotes",
-            "cleanup.dashes", "cleanup.trimTrailing", "cleanup.collapseBlank", "cleanup.dashes"}));
-    const EditorSettings again(defaults);
-    EXPECT_EQ(*again.fontName, "JetBrains Mono");
-    EXPECT_EQ(*again.fontSize, 18);
-    EXPECT_EQ(*again.quickNoteHotKeyID, "ctrl-opt-cmd-m");
-    EXPECT_TRUE(*again.cleanupQuotes && *again.cleanupTrimTrailing && *again.cleanupCollapseBlank);
-    EXPECT_FALSE(*again.cleanupDashes);
-}
-
 TEST(EditorSettings, ADamagedFontSizeFallsBack)
 {
     for (const auto& [stored, expected] : {std::pair{9.0, 9.0}, {24.0, 24.0}, {8.99, 13.0}, {24.01, 13.0},

@@ -80,15 +80,6 @@ TEST_F(OpenFile, WhatNobodyAnnouncedIsFoundWhenTheUserComesBack)
     EXPECT_EQ(app->store.notes->front().title, "new");
 }
 
-TEST_F(OpenFile, BothSidesWroteTheSame)
-{
-    type("mine ");
-    theyWrite("/d/a", "mine old");
-    hear();
-    EXPECT_EQ(noticeShown(), "");
-    EXPECT_FALSE(app->isDirty.get());
-}
-
 TEST_F(OpenFile, UnsavedWordsWinAndTheOtherVersionIsKept)
 {
     theyWrite("/d/a", "theirs");
@@ -103,16 +94,6 @@ TEST_F(OpenFile, UnsavedWordsWinAndTheOtherVersionIsKept)
     EXPECT_EQ(shown(), "mine old");
 }
 
-TEST_F(OpenFile, AChangeThatNobodyAnnouncedIsFoundBeforeTheSave)
-{
-    type("mine ");
-    theyWrite("/d/a", "theirs"); // no notice of it
-    scheduler.advance(800ms);
-    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
-    EXPECT_EQ(noticeShown(), changed);
-    EXPECT_EQ(kept(), Strings{"theirs"});
-}
-
 TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
 {
     type("mine ");
@@ -122,21 +103,6 @@ TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
     EXPECT_EQ(shown(), "mine old");
     hear(1200ms);
     EXPECT_EQ(shown(), "theirs");
-}
-
-TEST_F(OpenFile, AThirdVersionThatComesWhileTheSecondIsKeptIsKeptToo)
-{
-    type("mine ");
-    theyWrite("/d/a", "second");
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation != DiskOperation::renameNoReplace || !call.path.native().starts_with(recovered))
-            return;
-        disk.setHook(nullptr);
-        theyWrite("/d/a", "third");
-    });
-    scheduler.advance(800ms);
-    EXPECT_EQ(disk.bytes("/d/a"), "mine old");
-    EXPECT_EQ(kept(), (Strings{"second", "third"}));
 }
 
 TEST_F(OpenFile, WhatCannotBeLookedAtIsNotReplaced)
@@ -153,16 +119,6 @@ TEST_F(OpenFile, WhatCannotBeLookedAtIsNotReplaced)
     disk.heal();
     type("more ");
     scheduler.advance(800ms);
-    EXPECT_EQ(kept(), Strings{"theirs"});
-}
-
-TEST_F(OpenFile, WhatAppearsInThePlaceOfAMissingFileIsKept)
-{
-    open("/d/new");
-    type("mine");
-    disk.putFile("/d/new", "theirs"); // no notice of it
-    scheduler.advance(800ms);
-    EXPECT_EQ(disk.bytes("/d/new"), "mine");
     EXPECT_EQ(kept(), Strings{"theirs"});
 }
 
@@ -195,20 +151,6 @@ TEST_F(OpenFile, ACheckAfterATabSwitchConcernsTheTabThatIsShown)
     hear();
     EXPECT_EQ(shown(), "B");
     EXPECT_EQ(app->loadGeneration.get(), generation);
-}
-
-TEST_F(OpenFile, AClockThatJumpsChangesNothing)
-{
-    type("mine ");
-    scheduler.advance(800ms);
-    scheduler.setWall(scheduler.wallNow() - 24h);
-    hear(10s);
-    disk.putFile("/d/a", "theirs, stamped with yesterday");
-    hear();
-    EXPECT_EQ(shown(), "theirs, stamped with yesterday");
-    type("x");
-    scheduler.advance(800ms);
-    EXPECT_EQ(kept(), Strings{});
 }
 
 } // namespace

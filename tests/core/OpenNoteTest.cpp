@@ -71,32 +71,6 @@ TEST_F(OpenNote, AQueuedTextMeetsAnotherVersion)
     EXPECT_TRUE(conflictCopies().front().starts_with("first\n"));
 }
 
-TEST_F(OpenNote, WhatIsTypedWhileAQueuedTextMeetsAnotherVersionIsOneCopyWithIt)
-{
-    type("first\n");
-    pasteLarge();
-    scheduler.advance(800ms);
-    type("second ");
-    theyWrite(note("plan.txt"), "theirs");
-    scheduler.settle();
-    hear(1min);
-    EXPECT_EQ(shown(), "theirs");
-    ASSERT_EQ(conflictCopies().size(), 1u);
-    EXPECT_NE(conflictCopies().front().find("second "), std::string::npos);
-}
-
-TEST_F(OpenNote, WordsThatNothingTakesAreInTheJournalUntilSomethingDoes)
-{
-    type("my ");
-    theyWrite(note("plan.txt"), "theirs");
-    disk.failAlways(DiskOperation::renameNoReplace, ENOSPC);
-    hear();
-    EXPECT_EQ(shown(), "theirs");
-    disk.heal();
-    quit();
-    EXPECT_EQ(kept(), Strings{"my plan"});
-}
-
 TEST_F(OpenNote, AVersionWithinTheSameSecondAndOfTheSameSizeIsShown)
 {
     theyWrite(note("plan.txt"), "new1");
@@ -141,35 +115,6 @@ TEST_F(OpenNote, AnEmptiedNoteThatGotAnotherVersionDoesNotGoToTheTrash)
     EXPECT_EQ(noteText("plan.txt").value_or(noteText("news.txt").value_or("")), "news");
 }
 
-TEST_F(OpenNote, ANoteMadeAgainIsOursEvenIfItsFolderCouldNotBeSynced)
-{
-    disk.erase(note("plan.txt"));
-    type("my ");
-    disk.failOnce(DiskOperation::syncFolder, EIO, notes);
-    scheduler.advance(800ms);
-    type("own ");
-    hear(1min);
-    EXPECT_EQ(shown(), "my own plan");
-    EXPECT_EQ(conflictCopies(), Strings{});
-}
-
-TEST_F(OpenNote, WhatAppearsUnderTheNameOfANewNoteWithoutAFileIsNotReplaced)
-{
-    app->newNote();
-    const Note old = app->store.notes->front();
-    disk.erase(old.url); // nobody has heard of it yet
-    disk.failAlways(DiskOperation::createNew, ENOSPC, notes);
-    app->newNote();
-    ASSERT_EQ(app->store.notes->front().url, old.url);
-    app->deleteNote(old);
-    disk.heal();
-    type("mine");
-    putNote("Untitled.txt", "theirs");
-    scheduler.advance(800ms);
-    EXPECT_EQ(noteText("Untitled.txt"), "theirs");
-    EXPECT_EQ(conflictCopies(), Strings{"mine"});
-}
-
 TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)
 {
     type("my ");
@@ -208,21 +153,6 @@ TEST_F(OpenNote, AFolderThatVanishesAndReturns)
     disk.move("/elsewhere", notes);
     hear();
     EXPECT_EQ(app->store.notes->size(), 4u) << "the three, and the new one, whose file was never made";
-}
-
-TEST_F(OpenNote, ANewNoteWhoseFileCouldNotBeMadeIsNotTakenForADeletedOne)
-{
-    disk.failAlways(DiskOperation::createNew, ENOSPC, notes);
-    app->newNote();
-    type("words");
-    scheduler.advance(1s);
-    putNote("other.txt", "something happens in the folder");
-    hear();
-    EXPECT_EQ(shown(), "words");
-    disk.heal();
-    type(", more");
-    scheduler.advance(800ms);
-    EXPECT_EQ(noteText("Untitled.txt"), "words, more");
 }
 
 TEST_F(OpenNote, ADocumentThatNobodyEditedIsNeverWritten)

@@ -8,58 +8,6 @@ struct RescueTest : AppTest {
     static constexpr auto now = AppState::AllowBackground::no;
 };
 
-TEST_F(RescueTest, ADiskThatFailsAtAnyStepLosesNothing)
-{
-    const auto steps = {DiskOperation::stat, DiskOperation::resolveLinks, DiskOperation::createNew,
-        DiskOperation::write, DiskOperation::sync, DiskOperation::copyAttributes, DiskOperation::rename,
-        DiskOperation::syncFolder, DiskOperation::fileInfo};
-    int number = 0;
-    disk.putFolder("/docs");
-    start();
-    for (const DiskOperation step : steps) {
-        SCOPED_TRACE(static_cast<int>(step));
-        const Path file = "/docs/" + std::to_string(number++);
-        disk.putFile(file, "old");
-        open(file);
-        type("new ");
-        disk.failAlways(step, EIO, "/docs");
-        app->flushSave(now);
-        EXPECT_TRUE(app->isDirty.get());
-        EXPECT_TRUE(disk.bytes(file) == "old" || disk.bytes(file) == "new old");
-        EXPECT_EQ(shown(), "new old");
-        EXPECT_FALSE(app->notice.get());
-
-        disk.heal(); // the next flush tries again
-        type("and ");
-        scheduler.advance(1s);
-        EXPECT_EQ(disk.bytes(file), "new and old");
-
-        disk.failAlways(step, EIO, "/docs"); // and what is given up is kept
-        type("last ");
-        select(0);
-        disk.heal();
-        const auto texts = kept();
-        EXPECT_TRUE(std::ranges::find(texts, "new and last old") != texts.end());
-    }
-}
-
-TEST_F(RescueTest, AFullDiskKeepsOldBytesAndNewWords)
-{
-    disk.putFile("/docs/a", "old");
-    start();
-    open("/docs/a");
-    type(std::string(2000, 'n'));
-    disk.setCapacity(1000);
-    app->willResignActive();
-    EXPECT_EQ(disk.bytes("/docs/a"), "old");
-    EXPECT_TRUE(app->isDirty.get());
-    EXPECT_TRUE(log.hasLineStartingWith("Quillmark: save failed: "));
-    disk.heal();
-    disk.setLargestWrite(7);
-    app->willResignActive();
-    EXPECT_EQ(disk.bytes("/docs/a"), std::string(2000, 'n') + "old");
-}
-
 TEST_F(RescueTest, WordsThatNoDiskTakesWaitForOneThatDoes)
 {
     disk.putFile("/docs/a", "");
@@ -117,58 +65,6 @@ TEST_F(RescueTest, AQueuedTextThatTheDiskRefusesIsKeptWhenItsNoteGoes)
     EXPECT_EQ(kept(), Strings{text});
     disk.heal();
     quit();
-    EXPECT_TRUE(textsIn(journal).empty());
-}
-
-TEST_F(RescueTest, ARetriedWriteReachesTheDisk)
-{
-    disk.putFile("/docs/a", "old");
-    start();
-    open("/docs/a");
-    pasteLarge();
-    disk.failAlways(DiskOperation::rename, EIO, "/docs");
-    scheduler.advance(800ms);
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/docs/a"), "old");
-    scheduler.advance(200ms);
-    scheduler.settle();
-    EXPECT_EQ(textsIn(journal).size(), 1u) << "the journal stays until the text is on the disk";
-    disk.heal();
-    scheduler.advance(10s);
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/docs/a")->size(), 600u * 1024 + 4);
-    EXPECT_TRUE(textsIn(journal).empty());
-}
-
-TEST_F(RescueTest, TheJournalHoldsWhatIsNotOnTheDisk)
-{
-    disk.putFile("/docs/a", "");
-    start();
-    open("/docs/a");
-    for (int i = 0; i < 30; ++i) { // no pause long enough for a save
-        type("x");
-        scheduler.advance(100ms);
-        scheduler.settle();
-    }
-    EXPECT_EQ(disk.bytes("/docs/a"), "");
-    ASSERT_EQ(textsIn(journal).size(), 1u);
-    EXPECT_GE(textsIn(journal).front().size(), 20u);
-    scheduler.advance(1s);
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/docs/a"), shown());
-    EXPECT_TRUE(textsIn(journal).empty());
-    quit();
-    EXPECT_TRUE(disk.names(journal).empty());
-    EXPECT_TRUE(kept().empty());
-}
-
-TEST_F(RescueTest, AJournalThatAKilledProcessLeftIsRecovered)
-{
-    const std::string process = Uuid::random().toString();
-    disk.putFile(Path(journal) / (process + ".lock"), "");
-    disk.putFile(Path(journal) / (process + "." + Uuid::random().toString() + ".Plan.txt"), "words");
-    start();
-    EXPECT_EQ(kept(), (Strings{"words"}));
     EXPECT_TRUE(textsIn(journal).empty());
 }
 

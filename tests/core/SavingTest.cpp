@@ -53,19 +53,6 @@ TEST_F(SavingTest, ASaveKeepsUndoCaretAndGeneration)
     EXPECT_TRUE(app->isDirty.get());
 }
 
-TEST_F(SavingTest, SwitchingTabsWritesFirst)
-{
-    disk.putFile("/docs/a", "");
-    start();
-    type("note");
-    open("/docs/a");
-    type("file");
-    select(0);
-    EXPECT_EQ(noteText("note.txt"), "note");
-    EXPECT_EQ(disk.bytes("/docs/a"), "file");
-    EXPECT_EQ(shown(), "note");
-}
-
 TEST_F(SavingTest, LineEndsStayAndEncodingsBecomeUtf8WithOneNotice)
 {
     disk.putFile("/docs/win", "\xcf\xf0\r\n\xcf\r\n");
@@ -123,43 +110,6 @@ TEST_F(SavingTest, LargeTextsAreWrittenInTheBackgroundInOrder)
     EXPECT_EQ(app->store.notes->front().byteSize, 600 * 1024 + 8);
 }
 
-TEST_F(SavingTest, TheSizeOfAQueuedTextIsThatOfItsBytes)
-{
-    putNote("win.txt", "a\r\nb\r\n");
-    start();
-    type(std::string(600 * 1024, 'x') + "йцукен — 👨‍👩‍👧‍👦\n");
-    scheduler.advance(800ms);
-    scheduler.settle();
-    const Note& note = app->store.notes->front();
-    EXPECT_EQ(note.byteSize, disk.infoOf(note.url).size);
-}
-
-TEST_F(SavingTest, NoOlderTextOvertakesAnImmediateWrite)
-{
-    start();
-    pasteLarge();
-    scheduler.advance(800ms); // queued
-    clear();
-    type("newest");
-    app->flushSave(now);
-    EXPECT_EQ(noteText("Untitled.txt"), "newest");
-    scheduler.advance(120s);
-    scheduler.settle();
-    EXPECT_EQ(noteText("newest.txt"), "newest");
-    EXPECT_EQ(noteNames(), (Strings{"newest.txt"}));
-}
-
-TEST_F(SavingTest, QueuedTextIsThereWhenItsTabComesBack)
-{
-    start();
-    pasteLarge();
-    scheduler.advance(800ms);
-    open("/docs/other");
-    select(0);
-    scheduler.settle();
-    EXPECT_EQ(view.text().length(), 600 * 1024 + 1);
-}
-
 TEST_F(SavingTest, TypingWhileASlowDiskSaves)
 {
     disk.putFolder("/docs");
@@ -210,21 +160,6 @@ TEST_F(SavingTest, AFlushBeforeAnotherTabIsLoadedWritesNoText)
     EXPECT_EQ(disk.bytes("/docs/a"), "A") << "one tab's text in another one's file";
     EXPECT_EQ(shown(), "A");
     EXPECT_EQ(kept(), (Strings{"note"}));
-}
-
-TEST_F(SavingTest, NoticesLastEightSeconds)
-{
-    start();
-    app->showNotice("one");
-    scheduler.advance(5s);
-    app->showNotice("two");
-    scheduler.advance(7999ms);
-    EXPECT_EQ(app->notice.get(), "two");
-    scheduler.advance(1ms);
-    EXPECT_FALSE(app->notice.get());
-    app->showNotice("three");
-    app->dismissNotice();
-    EXPECT_FALSE(app->notice.get());
 }
 
 } // namespace

@@ -118,19 +118,6 @@ TEST_F(SessionTest, StrangeValuesAreTakenAsFarAsTheyGo)
     }
 }
 
-TEST_F(SessionTest, ANoteWithoutARecordKeepsItsPlaceOnly)
-{
-    start();
-    type("words");
-    open("/docs/missing");
-    disk.erase(note("words.txt"));
-    disk.erase(note("Untitled.txt"));
-    app->store.reloadNotes();
-    app->saveSession();
-    EXPECT_EQ(nlohmann::json::parse(*defaults.data(key)),
-        nlohmann::json::parse(R"({"tabs":[{},{}],"activeIndex":1})"));
-}
-
 TEST_F(SessionTest, NothingIsStoredBeforeTheStoredSessionWasRead)
 {
     putNote("Plan.txt", "Plan");
