@@ -28,35 +28,6 @@ TEST(Task, CancelsWithItsLastOwner)
     EXPECT_EQ(heard, "b");
 }
 
-TEST(Task, AssigningAgainIsADebounce)
-{
-    ManualScheduler scheduler;
-    std::string heard;
-    Task save = scheduler.after(800ms, [&] { heard += 'a'; });
-    scheduler.advance(799ms);
-    save = scheduler.after(800ms, [&] { heard += 'b'; });
-    scheduler.advance(799ms);
-    EXPECT_EQ(heard, "");
-    scheduler.advance(1ms);
-    EXPECT_EQ(heard, "b");
-    EXPECT_FALSE(save.isPending());
-}
-
-TEST(Task, MayBeReplacedByItsOwnCallback)
-{
-    ManualScheduler scheduler;
-    int calls = 0;
-    Task blink;
-    std::function<void()> again = [&] {
-        ++calls;
-        blink = scheduler.after(500ms, again);
-    };
-    again();
-    scheduler.advance(1600ms);
-    EXPECT_EQ(calls, 4);
-    EXPECT_TRUE(blink.isPending());
-}
-
 TEST(Background, AResultThatNobodyWantsDiesOnAnotherThread)
 {
     ManualScheduler scheduler;
@@ -69,22 +40,6 @@ TEST(Background, AResultThatNobodyWantsDiesOnAnotherThread)
     EXPECT_EQ(value.use_count(), 2);
     scheduler.runBackground();
     EXPECT_EQ(value.use_count(), 1);
-}
-
-TEST(Background, ResultArrivesOnTheMainThreadAfterTheWork)
-{
-    ManualScheduler scheduler;
-    int result = 0;
-    const Task task = scheduler.background(
-        Priority::utility, [](const CancelToken&) { return 6 * 7; }, [&](int value) { result = value; });
-    scheduler.runPosted();
-    EXPECT_EQ(scheduler.queuedBackgroundJobs(), 1u);
-    scheduler.runBackground();
-    EXPECT_EQ(result, 0);
-    EXPECT_TRUE(task.isPending());
-    scheduler.runPosted();
-    EXPECT_EQ(result, 42);
-    EXPECT_FALSE(task.isPending());
 }
 
 TEST(Background, CancelledBeforeOrAfterTheWorkDropsTheResult)
@@ -148,32 +103,6 @@ TEST(Parallel, AnExceptionReachesTheCallerOnceAllPiecesEnded)
     };
     EXPECT_THROW(scheduler.parallel(100'000, work), std::runtime_error);
     EXPECT_EQ(running, 0);
-}
-
-TEST(ManualScheduler, TimersRunInTheOrderOfTheirDueTimesEachAtItsTime)
-{
-    ManualScheduler scheduler;
-    const SteadyTime start = scheduler.now();
-    std::string order;
-    const auto note = [&](char name, Duration due) {
-        return scheduler.after(due, [&order, &scheduler, name, time = start + due] {
-            order += name;
-            EXPECT_EQ(scheduler.now(), time);
-        });
-    };
-    const Task c = note('c', 3s);
-    const Task a = note('a', 1s);
-    const Task b = note('b', 2s);
-    const Task b2 = note('B', 2s);
-    Task nested;
-    const Task d = scheduler.after(2500ms, [&] {
-        order += '(';
-        scheduler.post([&] { order += ')'; });
-        nested = scheduler.after(400ms, [&] { order += '!'; });
-    });
-    scheduler.advance(10s);
-    EXPECT_EQ(order, "abB()!c");
-    EXPECT_EQ(scheduler.now(), start + 10s);
 }
 
 } // namespace

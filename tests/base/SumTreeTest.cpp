@@ -152,37 +152,6 @@ TYPED_TEST(SumTreeTest, SlicesAndAppendsOfAnySizeAgreeWithAVector)
     }
 }
 
-TYPED_TEST(SumTreeTest, VisitsTheItemsOfARangeUntilToldToStop)
-{
-    Random random;
-    const auto model = randomRuns(random, 300);
-    const TypeParam tree{model};
-    for (int round = 0; round < 100; ++round) {
-        const int64_t first = random.upTo(tree.size());
-        const int64_t last = first + random.upTo(tree.size() - first);
-        const int64_t wanted = 1 + random.upTo(tree.size());
-        std::vector<RowRun> visited;
-        tree.forEach(first, last, [&](const RowRun& run) {
-            visited.push_back(run);
-            return std::ssize(visited) < wanted;
-        });
-        ASSERT_EQ(visited, part(model, first, std::min(last, first + wanted)));
-    }
-}
-
-TYPED_TEST(SumTreeTest, BuildsFullNodesFromItemsInOrder)
-{
-    typename TypeParam::Builder builder;
-    for (int64_t size = 0; size < 400; ++size) {
-        std::vector<RowRun> model;
-        for (int64_t i = 0; i < size; ++i) {
-            model.push_back({i, 1});
-            builder.push(model.back());
-        }
-        ASSERT_NO_FATAL_FAILURE(expectSameItems(builder.finish(), model));
-    }
-}
-
 TEST(SumTree, AnEditLeavesCopiesAloneAndSharesTheRest)
 {
     using Tree = SumTree<Counted, int64_t, 4>;
@@ -212,20 +181,6 @@ TEST(SumTree, EditsInPlaceWhatNobodyShares)
     tree.edit(150, [](Counted& edited) { *edited.value = 7; });
     EXPECT_EQ(&tree[150], place);
     EXPECT_EQ(tree.summary(), 300 * 299 / 2 - 150 + 7);
-}
-
-TEST(SumTree, ErasedItemsAreFreedAtOnce)
-{
-    SumTree<Counted, int64_t, 4> tree;
-    for (int64_t i = 0; i < 300; ++i)
-        tree.insert(i, Counted(i));
-    Random random;
-    while (!tree.isEmpty()) {
-        const int64_t index = random.below(tree.size());
-        const std::weak_ptr<int64_t> erased = tree[index].value;
-        tree.erase(index, index + 1);
-        ASSERT_TRUE(erased.expired());
-    }
 }
 
 } // namespace

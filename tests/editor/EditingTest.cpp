@@ -24,27 +24,6 @@ TEST(Typing, GoesInAtTheCaretOrReplacesTheSelection)
     EXPECT_NO_EDIT(type(u""), "a«b»");
 }
 
-TEST(Deletion, TakesWholeCharacters)
-{
-    EXPECT_EDIT(&PlainTextView::deleteBackward, "ab|c", "a|c");
-    EXPECT_EDIT(&PlainTextView::deleteForward, "a|bc", "a|c");
-    EXPECT_EDIT(&PlainTextView::deleteBackward, "a👩‍👩‍👧|b", "a|b");
-    EXPECT_EDIT(&PlainTextView::deleteForward, "a|и\u0306b", "a|b");
-    EXPECT_EDIT(&PlainTextView::deleteBackward, "one\n|two", "one|two");
-    EXPECT_EDIT(&PlainTextView::deleteForward, "one|\ntwo", "one|two");
-    EXPECT_NO_EDIT(&PlainTextView::deleteBackward, "|a");
-    EXPECT_NO_EDIT(&PlainTextView::deleteForward, "a|");
-}
-
-TEST(Deletion, TakesTheSelectionWhenThereIsOne)
-{
-    for (const ViewCommand& command : {ViewCommand(&PlainTextView::deleteBackward),
-             ViewCommand(&PlainTextView::deleteForward), ViewCommand(&PlainTextView::deleteWordBackward),
-             ViewCommand(&PlainTextView::deleteWordForward), ViewCommand(&PlainTextView::deleteSelection)})
-        EXPECT_EDIT(command, "one «|two» three", "one | three");
-    EXPECT_NO_EDIT(&PlainTextView::deleteSelection, "a|b");
-}
-
 TEST(Editing, TellsOfTheTextBeforeTheSelection)
 {
     TestEditor editor;
@@ -99,16 +78,6 @@ TEST(Undo, TakesTypingBackInOneStepUntilTheCaretMoves)
     EXPECT_TRUE(editor.view.canRedo());
     editor.view.undo();
     EXPECT_EQ(marked(editor.view), "|");
-}
-
-TEST(Undo, IsEmptyAfterAnotherTextWasInstalled)
-{
-    TestEditor editor;
-    editor.view.insertText(u"x");
-    editor.view.setText(Rope(u"other"));
-    EXPECT_FALSE(editor.view.canUndo());
-    editor.view.undo();
-    EXPECT_EQ(marked(editor.view), "|other");
 }
 
 TEST(Clipboard, CutsCopiesAndPastes)

@@ -5,16 +5,6 @@
 namespace quillmark {
 namespace {
 
-TEST(Language, IsNamedByItsDisplayNameAlone)
-{
-    for (const Language language : allLanguages())
-        EXPECT_EQ(languageNamed(displayName(language)), language);
-    EXPECT_EQ(languageNamed("C/C++"), Language::c);
-    EXPECT_EQ(languageNamed("Текст"), Language::plain);
-    for (const auto other : {"C", "c", "swift", "текст", "", "JSON "})
-        EXPECT_EQ(languageNamed(other), std::nullopt) << other;
-}
-
 TEST(Language, IsToldByTheExtension)
 {
     EXPECT_EQ(languageForURL("/folder/x.MM"), Language::c);

@@ -12,22 +12,6 @@ namespace {
 
 using Starts = std::vector<int64_t>;
 
-LineIndex indexOf(std::u16string_view text)
-{
-    LineIndex index;
-    index.rebuild(Rope(text));
-    return index;
-}
-
-TEST(LineIndex, OnlyALineFeedEndsALine)
-{
-    EXPECT_EQ(LineIndex().starts(), Starts{0});
-    EXPECT_EQ(indexOf(u"").starts(), Starts{0});
-    EXPECT_EQ(indexOf(u"a\n").starts(), (Starts{0, 2}));
-    EXPECT_EQ(indexOf(u"a\r\nb\rc\u2028d\u2029e\vf\fg\u0085h\u010Ai").starts(), (Starts{0, 3}));
-    EXPECT_EQ(indexOf(u"😀\nй").starts(), (Starts{0, 3}));
-}
-
 TEST(LineIndex, AgreesWithTheTextAfterRandomEdits)
 {
     test::Random random;

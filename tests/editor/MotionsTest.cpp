@@ -117,18 +117,5 @@ TEST(PageMotions, KeepTheCaretWhereItStandsOnTheScreen)
     EXPECT_EQ(editor.view.scrollTop(), 0);
 }
 
-TEST(Motions, WorkWithoutAScreen)
-{
-    ManualScheduler scheduler;
-    FixedShaper shaper;
-    FakeClipboard clipboard;
-    PlainTextView view(scheduler, shaper, clipboard);
-    install(view, "a|b\ncd\nef");
-    for (const Motion motion :
-        {Motion::rowDown, Motion::pageDown, Motion::rowEnd, Motion::rowStart, Motion::pageUp})
-        view.move(motion);
-    EXPECT_EQ(marked(view), "ab\n|cd\nef") << "a page is one row, and nothing is wrapped";
-}
-
 } // namespace
 } // namespace quillmark::test

@@ -108,19 +108,6 @@ TEST(RowMap, KeepsWhatWasMeasuredOutsideAnEdit)
 
 // Long lines
 
-TEST(RowMap, CutsLongLinesBetweenCharactersAndBehindBlanks)
-{
-    const Rope rope(repeated(u"слово 👩‍👩‍👧 ", 1'300));
-    int64_t start = 0;
-    for (const int64_t end : segmentEnds(rope, {0, {0, rope.length()}})) {
-        EXPECT_LE(end - start, longestWholeLine);
-        EXPECT_GE(end - start, shortestSegment);
-        EXPECT_EQ(rope.at(end - 1), u' ');
-        start = end;
-    }
-    EXPECT_EQ(start, rope.length());
-}
-
 TEST(RowMap, CutsTheSameWhereverItLooks)
 {
     for (const int64_t length : {3'000, 3'001, 5'000, 5'003, 7'200, 20'000}) {
@@ -176,22 +163,6 @@ TEST(RowMap, MakesOnlyTheTouchedSegmentAnew)
     EXPECT_LE(joined.replaced.length, 2 * longestWholeLine);
     EXPECT_FALSE(mapped.map.isCounted()) << "what nobody asked for was not looked at";
     mapped.expectConsistent();
-}
-
-TEST(RowMap, MovesABorderThatFallsIntoACharacter)
-{
-    for (const StretchSizes sizes : {StretchSizes{}, smallStretches}) {
-        MappedText mapped(std::u16string(10'000, u'x'), sizes);
-        const int64_t border = mapped.pieceAt(Line{0}, 0).units.end();
-        mapped.edit({border + 1, 0}, u"\u0301"); // on the first character of the second segment
-        mapped.edit({border, 1}, u""); // which goes: its mark now stands on the last one of the first segment
-        for (int64_t offset = 0; offset < mapped.text.length();) {
-            const RowMap::Piece piece = mapped.pieceAt(Line{0}, offset);
-            EXPECT_TRUE(isCharacterBoundary(mapped.text, piece.units.end())) << piece.units.end();
-            offset = piece.units.end();
-        }
-        mapped.expectConsistent();
-    }
 }
 
 // Stretches

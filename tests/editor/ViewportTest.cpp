@@ -182,46 +182,6 @@ TEST(Viewport, FollowsTheCaretWithAsLittleMotionAsPossible)
     EXPECT_EQ(editor.view.caretPlace().top, 9 * row);
 }
 
-TEST(Viewport, TellsWhenItIsScrolledAndOnlyThen)
-{
-    TestEditor editor;
-    editor.view.setText(Rope(awkwardLines(100)));
-    int told = 0;
-    const Connection connection(editor.view.onScrolled([&] { ++told; }));
-    editor.view.move(Motion::characterRight);
-    EXPECT_EQ(told, 0);
-    editor.view.scrollBy(5);
-    EXPECT_EQ(told, 1);
-    editor.view.scrollBy(0);
-    EXPECT_EQ(told, 1);
-    editor.view.insertNewline();
-    EXPECT_EQ(told, 2);
-}
-
-TEST(Viewport, OfOnePixelStillWorks)
-{
-    TestEditor editor;
-    editor.view.setVerticalInset(16);
-    editor.view.setText(Rope(u"ab 漢\nc"));
-    editor.view.setVisibleSize(1, 1);
-    for (int i = 0; i < 8; ++i) {
-        editor.view.move(Motion::rowDown);
-        expectSound(editor.view, 1);
-        EXPECT_TRUE(editor.view.caretPlace().isVisible);
-    }
-    editor.view.mousePressed(0, 0, Granularity::word, Extend::no);
-    editor.view.mouseDragged(50, 50);
-    editor.view.mouseReleased();
-    editor.view.move(Motion::pageUp);
-    editor.view.setVisibleSize(0, 0);
-    EXPECT_TRUE(editor.view.visibleRows().empty());
-    EXPECT_EQ(editor.view.offsetAt(5, 5), 0);
-    editor.view.scrollBy(100);
-    editor.view.insertText(u"x");
-    editor.view.setVisibleSize(20 * cell, 10 * row);
-    expectSound(editor.view, 10 * row);
-}
-
 TEST(Viewport, HasExactPixelsIn300MillionRows)
 {
     TestEditor editor;

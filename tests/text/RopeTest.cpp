@@ -73,17 +73,6 @@ TEST(Rope, AnEmptyTextHasOneEmptyLine)
     }
 }
 
-TEST(Rope, RangesAreCutToTheText)
-{
-    Rope rope(u"один два");
-    EXPECT_EQ(rope.text({5, 100}), u"два");
-    EXPECT_EQ(rope.text({-3, 7}), u"один");
-    EXPECT_EQ(rope.slice({100, 5}), Rope());
-    rope.replace({5, 100}, u"три");
-    rope.replace({100, 0}, u"!");
-    EXPECT_EQ(rope.text(), u"один три!");
-}
-
 TEST(Rope, EditsAtRandomAgreeWithAString)
 {
     Random random;
@@ -191,23 +180,6 @@ TEST(Rope, IsEqualToARopeOfTheSameUnitsInOtherLeaves)
         edited.replace(range, std::u16string(1, edited.at(range.location) ^ 1));
         ASSERT_NE(edited, TinyRope(model));
     }
-}
-
-TEST(Rope, ANormalSizedTextKeepsItsPromisesToo)
-{
-    Random random;
-    std::u16string model;
-    for (int piece = 0; piece < 200; ++piece)
-        model += randomText(random, 1000);
-    Rope rope(model);
-    for (int step = 0; step < 300; ++step) {
-        const Range range = randomRange(random, rope.length(), random.oneIn(10) ? 5000 : 3);
-        const std::u16string with = randomText(random, random.oneIn(10) ? 3000 : 3);
-        rope.replace(range, with);
-        model.replace(static_cast<size_t>(range.location), static_cast<size_t>(range.length), with);
-    }
-    ASSERT_NO_FATAL_FAILURE(expectSameText(rope, model));
-    ASSERT_NO_FATAL_FAILURE(expectLinesOf(rope, model));
 }
 
 TEST(Rope, ASnapshotIsReadAndDroppedOnAnotherThreadWhileTheTextIsEdited)

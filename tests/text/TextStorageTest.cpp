@@ -52,14 +52,5 @@ TEST_F(TextStorageTest, TheRangeIsCutToTheTextBeforeObserversHearOfIt)
     EXPECT_EQ(heard[0].newText, u"один!");
 }
 
-TEST_F(TextStorageTest, NothingForNothingIsNoEdit)
-{
-    const Connection connection = storage.onEdit(recorder("it"));
-    storage.replace({3, 0}, u"");
-    storage.replace({100, 5}, Rope());
-    EXPECT_TRUE(heard.empty());
-    EXPECT_EQ(storage.text().text(), u"один два");
-}
-
 } // namespace
 } // namespace quillmark

@@ -103,16 +103,6 @@ TEST(Grapheme, EndlessClustersAreCutAndStillLedThrough)
     EXPECT_EQ(graphemeCount(flags), 50'000);
 }
 
-TEST(Grapheme, OffsetsOutsideTheTextAreHarmless)
-{
-    EXPECT_EQ(nextGrapheme(u"", 0), 0);
-    EXPECT_EQ(nextGrapheme(u"ab", 7), 2);
-    EXPECT_EQ(nextGrapheme(u"ab", -7), 1);
-    EXPECT_EQ(previousGrapheme(u"ab", 7), 1);
-    EXPECT_EQ(previousGrapheme(u"ab", -7), 0);
-    EXPECT_EQ(graphemeCount(u""), 0);
-}
-
 TEST(Grapheme, CutsToWholeCharacters)
 {
     EXPECT_EQ(firstGraphemes(u"й и\u0306 🇷🇺!", 5), u"й и\u0306 🇷🇺");
@@ -242,16 +232,6 @@ TEST(WordAt, HoldsTheOffset)
     EXPECT_EQ(wordAt(text, 19), (Range{19, 0})) << "an empty line holds nothing";
     EXPECT_EQ(wordAt(Rope(u"🇷🇺🇩🇪 x"), 2), (Range{0, 8}));
     EXPECT_EQ(wordAt(Rope(), 0), (Range{0, 0}));
-}
-
-TEST(Utf8, ReplacesWhatIsIllFormed)
-{
-    EXPECT_EQ(utf16("aйあ😀"), u"aйあ😀");
-    EXPECT_EQ(utf16("\xE2\x82z\xFF\xC0\x80\xED\xA0\x80"), u"\uFFFDz\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD");
-    EXPECT_EQ(utf16(std::string_view("a\0b", 3)), u"a\0b"s);
-    EXPECT_EQ(utf8(u"aйあ😀"), "aйあ😀");
-    const char16_t lone[] = {0xD83D, 'a', 0xDE00, 0xDE00, 0xD83D};
-    EXPECT_EQ(utf8({lone, 5}), "\uFFFDa\uFFFD\uFFFD\uFFFD");
 }
 
 TEST(Trim, KnowsTheClassesOfSpaces)
