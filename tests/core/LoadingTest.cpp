@@ -82,18 +82,6 @@ TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
     EXPECT_EQ(disk.bytes("/docs/large"), bytes);
 }
 
-TEST_F(LoadingTest, ANoteThatHasGrownUnnoticed)
-{
-    putNote("small.txt", "small");
-    disk.putFile("/docs/a", "");
-    start();
-    open("/docs/a");
-    disk.putFile(note("small.txt"), std::string(limit + 1, 'x'));
-    select(0);
-    EXPECT_TRUE(app->isLoading.get());
-    EXPECT_TRUE(app->isReadOnly.get());
-}
-
 TEST_F(LoadingTest, FactsAndLanguageOfTheFile)
 {
     disk.putFile("/docs/win.txt", "\xcf\xf0\xe8\xe2\xe5\xf2\r\n");
@@ -122,9 +110,8 @@ TEST_F(LoadingTest, WhatCannotBeReadIsAnEmptyDocumentThatIsNeverWrittenOver)
     disk.putFile("/docs/broken", "on a bad sector");
     disk.failAlways(DiskOperation::read, EIO, "broken");
     disk.putFolder("/docs/folder");
-    disk.putDevice("/docs/pipe");
     start();
-    for (const char* path : {"/docs/locked", "/docs/broken", "/docs/folder", "/docs/pipe"}) {
+    for (const char* path : {"/docs/locked", "/docs/broken", "/docs/folder"}) {
         open(path);
         EXPECT_EQ(shown(), "");
         EXPECT_EQ(app->encodingName.get(), "UTF-8");
@@ -140,8 +127,7 @@ TEST_F(LoadingTest, WhatCannotBeReadIsAnEmptyDocumentThatIsNeverWrittenOver)
     quit();
     EXPECT_EQ(disk.bytes("/docs/locked"), "secret");
     EXPECT_EQ(disk.bytes("/docs/broken"), "on a bad sector");
-    EXPECT_EQ(disk.infoOf("/docs/pipe").kind, FileInfo::Kind::other);
-    EXPECT_EQ(kept(), (Strings{"/docs/broken", "/docs/folder", "/docs/locked", "/docs/pipe"}));
+    EXPECT_EQ(kept(), (Strings{"/docs/broken", "/docs/folder", "/docs/locked"}));
 
     disk.setMode("/docs/locked", 0200);
     start();

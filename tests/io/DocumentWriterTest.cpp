@@ -98,25 +98,6 @@ TEST_F(Save, AFullDiskKeepsTheOldBytesWhereverItEnds)
         EXPECT_EQ(disk.bytes("/d/a"), before) << space;
         EXPECT_EQ(disk.names("/d"), std::vector<std::string>{"a"}) << space;
     }
-    disk.heal();
-    disk.setLargestWrite(1000);
-    EXPECT_TRUE(save(after)) << "short writes that go on are no fault";
-    EXPECT_EQ(disk.bytes("/d/a"), after);
-    disk.setLargestWrite(0);
-    EXPECT_EQ(save("x").error().code, ENOSPC) << "a disk that takes nothing and says nothing";
-}
-
-TEST_F(Save, NobodySeesAnIncompleteFileUnderTheName)
-{
-    putOld();
-    disk.setHook([&](const FakeFileSystem::Call&) {
-        const auto seen = disk.bytes("/d/a");
-        EXPECT_TRUE(seen == before || seen == after);
-        const auto fresh = disk.bytes("/d/new");
-        EXPECT_TRUE(!fresh || fresh == after);
-    });
-    EXPECT_TRUE(save(after));
-    EXPECT_TRUE(save(after, "/d/new"));
 }
 
 TEST_F(Save, ANewFileDoesNotReplaceOneThatAppearedMeanwhile)
@@ -128,23 +109,6 @@ TEST_F(Save, ANewFileDoesNotReplaceOneThatAppearedMeanwhile)
     EXPECT_EQ(save("ours").error().code, EEXIST);
     EXPECT_EQ(disk.bytes("/d/a"), "theirs");
     EXPECT_EQ(disk.names("/d"), std::vector<std::string>{"a"});
-}
-
-TEST_F(Save, KeepsModeAndAttributesAndReportsTheFile)
-{
-    putOld();
-    disk.setMode("/d/a", 0755);
-    disk.setAttribute("/d/a", "user.tag", "red");
-    scheduler.advance(5s);
-    const auto written = save("text\n");
-    ASSERT_TRUE(written);
-    EXPECT_EQ(written->info, disk.infoOf("/d/a"));
-    EXPECT_EQ(written->info.modified, scheduler.wallNow());
-    EXPECT_EQ(written->bytes, 5);
-    EXPECT_EQ(written->info.mode, 0755u);
-    EXPECT_EQ(disk.attribute("/d/a", "user.tag"), "red");
-    ASSERT_TRUE(writer.write(Rope(u"a\nb"), "/d/a", LineEnds::crlf));
-    EXPECT_EQ(disk.bytes("/d/a"), "a\r\nb");
 }
 
 TEST_F(Save, AFolderThatRefusesNewFilesIsWrittenInPlaceWithTheOldBytesKept)
@@ -190,24 +154,6 @@ TEST_F(Save, APowerCutWhileWritingInPlaceLeavesTheOldBytesSomewhere)
         EXPECT_TRUE(bytes == before || bytes == after || std::ranges::count(kept, before) > 0) << step;
         disk.heal();
     }
-}
-
-TEST_F(Save, LinksAndRefusals)
-{
-    putOld();
-    disk.putLink("/links/first", "second");
-    disk.putLink("/links/second", "../d/a");
-    disk.putLink("/links/loop", "loop");
-    disk.putDevice("/d/device");
-    EXPECT_TRUE(save("new", "/links/first"));
-    EXPECT_TRUE(disk.isLink("/links/first"));
-    EXPECT_EQ(disk.bytes("/d/a"), "new");
-    EXPECT_EQ(save("x", "/links/loop").error().code, ELOOP);
-    EXPECT_EQ(save("x", "/d/device").error().code, EINVAL);
-    EXPECT_EQ(save("x", "/d").error().code, EISDIR);
-    disk.setMode("/d/a", 0444);
-    EXPECT_EQ(save("x").error().code, EACCES);
-    EXPECT_EQ(disk.bytes("/d/a"), "new");
 }
 
 /// Another program writes the file that we know.

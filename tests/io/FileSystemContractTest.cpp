@@ -146,18 +146,5 @@ TEST_P(FileSystemContract, FoldersAreMadeWithThoseAbove)
     EXPECT_EQ(codeOf(disk.syncFolder(at("none"))), ENOENT);
 }
 
-TEST_P(FileSystemContract, AFileWithoutWritePermissionIsNotWritableEvenForRoot)
-{
-    write(at("file"), "x");
-    {
-        auto copy = disk.createNew(at("readonly"), 0444).value();
-        EXPECT_FALSE(copy->info().value().isWritable);
-    }
-    EXPECT_FALSE(disk.stat(at("readonly")).value().isWritable);
-    auto file = disk.openForWriting(at("file")).value();
-    ASSERT_TRUE(file->copyAttributes(at("readonly")));
-    EXPECT_EQ(disk.stat(at("file")).value().mode, 0444u);
-}
-
 } // namespace
 } // namespace quillmark::test

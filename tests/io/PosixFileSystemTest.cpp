@@ -165,37 +165,5 @@ TEST_F(RealSave, LeftoversOfADeadProcessGoThoseOfALiveOneStay)
     EXPECT_EQ(names(), (std::vector<std::string>{live.filename(), ".lq-mine.txt", "a"}));
 }
 
-TEST_F(RealSave, KilledAtAnyMomentTheFileIsOldOrNew)
-{
-    const Path path = folder / "file";
-    const std::string old(200'000, 'o');
-    const std::string fresh(300'000, 'n');
-    put(path, old);
-    for (int round = 0; round < 60; ++round) {
-        int started[2];
-        ASSERT_EQ(pipe(started), 0);
-        const pid_t child = fork();
-        if (child == 0) {
-            [[maybe_unused]] const auto count = ::write(started[1], "x", 1);
-            for (;;) {
-                static_cast<void>(writer.write(fresh, path));
-                static_cast<void>(writer.write(old, path));
-            }
-        }
-        char byte;
-        ASSERT_EQ(::read(started[0], &byte, 1), 1);
-        for (int i = 0, spins = round * 2000; i < spins; ++i)
-            static_cast<void>(getppid()); // some time passes
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        ::close(started[0]);
-        ::close(started[1]);
-        const std::string found = bytesOf(path);
-        ASSERT_TRUE(found == old || found == fresh) << found.size();
-    }
-    removeStaleTemporaries(disk, folder.path());
-    EXPECT_EQ(names(), std::vector<std::string>{"file"});
-}
-
 } // namespace
 } // namespace quillmark::test

@@ -93,23 +93,5 @@ TEST(ConflictSuffix, SurvivesAnyClock)
     EXPECT_FALSE(conflictSuffix(WallTime::max()).empty());
 }
 
-TEST(MakeUnderFreeName, NumbersTheNameUntilItIsFree)
-{
-    World world;
-    world.putNote("Untitled.txt", "");
-    world.disk.putFolder(world.note("Untitled 2.txt"));
-    std::vector<std::string> tried;
-    const auto made = makeUnderFreeName(world.disk, World::notes, "Untitled", [&](const Path& url) -> Status {
-        tried.push_back(url.filename());
-        return tried.size() == 1 ? systemFailure(EEXIST) : Status();
-    });
-    EXPECT_EQ(made, world.note("Untitled 4.txt"));
-    EXPECT_EQ(tried, (std::vector<std::string>{"Untitled 3.txt", "Untitled 4.txt"}));
-
-    const auto failed = makeUnderFreeName(
-        world.disk, World::notes, "x", [](const Path&) { return Status(systemFailure(ENOSPC)); });
-    EXPECT_EQ(failed.error().code, ENOSPC);
-}
-
 } // namespace
 } // namespace quillmark::test

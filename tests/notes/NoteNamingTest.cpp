@@ -119,14 +119,5 @@ TEST_F(NoteNaming, ANameThatAQueuedTextIsOnItsWayToIsTaken)
     EXPECT_EQ(disk.bytes(note("Untitled.txt")), "words");
 }
 
-TEST_F(NoteNaming, AForeignNameOfInvalidBytesIsAFile)
-{
-    putNote("b\xFF\xFE.txt", "words");
-    open();
-    ASSERT_EQ(store->notes->size(), 1u);
-    store->renameFileIfNeeded(only().id);
-    EXPECT_EQ(noteNames(), (Names{"words.txt"}));
-}
-
 } // namespace
 } // namespace quillmark::test

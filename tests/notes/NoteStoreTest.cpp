@@ -14,8 +14,6 @@ TEST_F(NoteStoreTest, ListsTextFilesNewestFirst)
     for (const char* name : {"c.md", ".hidden.txt", "d.txt.bak", "txt"})
         putNote(name, "x");
     disk.putFolder(note("folder.txt"));
-    disk.putDevice(note("pipe.txt"));
-    disk.putLink(note("dangling.txt"), "/nowhere");
     open();
     EXPECT_EQ(listed(), (Names{"B.TXT", "a.txt"}));
     EXPECT_EQ(store->notes->back().title, "Alpha");
@@ -51,14 +49,6 @@ TEST_F(NoteStoreTest, AFolderThatCannotBeReadOrMadeIsEmpty)
     disk.putFile(notes, "a file where the folder was");
     EXPECT_TRUE(open().notes->empty());
     EXPECT_EQ(store->createNote().title, "Untitled");
-}
-
-TEST_F(NoteStoreTest, RemovesWhatAKilledSaveLeft)
-{
-    putNote(".lq-6C0C0A6E-4B7B-4C5C-9F5B-0E6C3F0A1B2C.tmp", "half a te");
-    putNote("a.txt", "A");
-    open();
-    EXPECT_EQ(disk.names(notes), (Names{"a.txt"}));
 }
 
 // ---- The folder
@@ -147,22 +137,6 @@ TEST_F(NoteStoreTest, DuplicatesStandInFront)
     EXPECT_NE(first->id, plan.id);
     EXPECT_EQ(first->title, "Plan");
     EXPECT_EQ(first->modifiedAt, scheduler.wallNow());
-}
-
-TEST_F(NoteStoreTest, ADuplicateThatCannotBeWrittenLeavesNothing)
-{
-    putNote("Plan.txt", "Plan");
-    open();
-    const auto before = store->notes.get();
-    for (const DiskOperation step :
-        {DiskOperation::openForReading, DiskOperation::read, DiskOperation::createNew, DiskOperation::write,
-            DiskOperation::sync, DiskOperation::renameNoReplace}) {
-        disk.failAlways(step, EIO);
-        EXPECT_FALSE(store->duplicateNote(before.front()));
-        disk.heal();
-        EXPECT_EQ(disk.names(notes), (Names{"Plan.txt"})) << static_cast<int>(step);
-    }
-    EXPECT_EQ(store->notes.get(), before);
 }
 
 TEST_F(NoteStoreTest, TrashingDropsTheRecordAndItsRename)

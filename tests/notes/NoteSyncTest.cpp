@@ -109,22 +109,6 @@ TEST_F(NoteSyncTest, ManyThousandAppearAndVanish)
     EXPECT_EQ(listed(), Names{"a.txt"});
 }
 
-TEST_F(NoteSyncTest, NamesThatDifferInCaseOrNormalisationAreDifferentFiles)
-{
-    follow();
-    putNote("План.txt", "1");
-    putNote("план.txt", "2");
-    putNote("й.txt", "composed");
-    putNote("и\u0306.txt", "decomposed");
-    hear();
-    EXPECT_EQ(store->notes->size(), 4u);
-    const auto before = store->notes.get();
-    disk.erase(note("План.txt"));
-    hear();
-    EXPECT_EQ(store->notes->size(), 3u);
-    EXPECT_EQ(noteCalled("план.txt").title, "2");
-}
-
 TEST_F(NoteSyncTest, TheOldFolderIsSilentAfterAnotherWasChosen)
 {
     disk.putFolder("/other");

@@ -1,11 +1,11 @@
 // A disk in memory that obeys the test: files are stamped with the scheduler's wall clock, and it can be
-// full, slow, short-writing, failing at the n-th call, or lose everything that was not synced. Any thread.
+// full, slow, failing at the n-th call, or lose everything that was not synced. It has neither links nor
+// attributes nor devices: those are tried on the real disk. Any thread.
 #pragma once
 
 #include "base/Scheduler.h"
 #include "platform/FileSystem.h"
 
-#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -41,8 +41,6 @@ enum class DiskOperation {
 
 class FakeFileSystem : public FileSystem {
 public:
-    struct Node;
-
     struct Call {
         DiskOperation operation;
         Path path; ///< of a rename: what it was called before
@@ -50,24 +48,17 @@ public:
     };
 
     explicit FakeFileSystem(const Scheduler& clock);
-    ~FakeFileSystem() override;
 
-    // The disk as another program sees and changes it: never fails, is not logged, counts as synced. What is
-    // read follows links.
+    // The disk as another program sees and changes it: never fails, is not logged, counts as synced.
     void putFile(const Path& path, std::string_view bytes); ///< with the folders above; an inode stays
     void putFolder(const Path& path);
-    void putLink(const Path& path, const Path& target);
-    void putDevice(const Path& path); ///< neither file nor folder
-    void move(const Path& from, const Path& to);
+    void move(const Path& from, const Path& to); ///< with everything below
     void erase(const Path& path); ///< with everything below
-    std::optional<std::string> bytes(const Path& path) const; ///< nothing unless it is a regular file
+    std::optional<std::string> bytes(const Path& path) const; ///< nothing unless it is a file
     std::vector<std::string> names(const Path& folder) const; ///< sorted
     FileInfo infoOf(const Path& path) const; ///< throws when there is nothing, as those below do
-    bool isLink(const Path& path) const;
     void setMode(const Path& path, uint32_t mode); ///< only the owner's bits are obeyed
     void setModified(const Path& path, WallTime time);
-    void setAttribute(const Path& path, const std::string& name, const std::string& value);
-    std::string attribute(const Path& path, const std::string& name) const;
 
     // Faults. They add up; heal() ends them all.
     void failCall(int64_t n, int code)
@@ -85,16 +76,27 @@ public:
         add({.operation = operation, .code = code, .pathPart = std::move(pathPart), .once = true});
     }
     /// Of all files together; a write at the edge is short, the next fails.
-    void setCapacity(int64_t bytes) { set(m_limits.capacity, bytes); }
-    void setLargestWrite(size_t bytes) { set(m_limits.largestWrite, bytes); } ///< longer ones are short
-    void setLargestRead(size_t bytes) { set(m_limits.largestRead, bytes); }
+    void setCapacity(int64_t bytes)
+    {
+        guarded([&] { m_capacity = bytes; });
+    }
+    void setLargestRead(size_t bytes)
+    {
+        guarded([&] { m_largestRead = bytes; });
+    } ///< longer ones are short
     void heal();
     /// Called before each operation, without a lock held: may crank a clock, block, or change the disk.
-    void setHook(std::function<void(const Call&)> hook) { set(m_hook, std::move(hook)); }
+    void setHook(std::function<void(const Call&)> hook)
+    {
+        guarded([&] { m_hook = std::move(hook); });
+    }
 
     int64_t callCount() const; ///< since the start
     std::vector<Call> calls() const; ///< since the start or clearCalls()
-    void clearCalls() { set(m_calls, {}); }
+    void clearCalls()
+    {
+        guarded([&] { m_calls.clear(); });
+    }
 
     /// The power goes and comes back. Bytes that were not synced are lost in either case.
     enum class UnsyncedEntries { lost, kept }; ///< names made, moved or removed since their folder was synced
@@ -114,7 +116,9 @@ public:
 
 private:
     class OpenFile;
+    struct Node;
     using NodePointer = std::shared_ptr<Node>;
+    using Tree = std::map<std::string, NodePointer>; ///< by the whole path
     using Lock = std::unique_lock<std::mutex>;
 
     struct Fault {
@@ -125,45 +129,53 @@ private:
         std::string pathPart = {};
         bool once = false;
     };
-    struct Limits {
-        std::optional<int64_t> capacity;
-        std::optional<size_t> largestWrite;
-        std::optional<size_t> largestRead;
+
+    /// What an operation on the tree throws when it must fail.
+    struct Refusal {
+        int code = 0;
     };
-    /// Where a path leads; without a node there is a folder to make it in.
-    struct Place {
-        Path path;
-        NodePointer node;
-    };
+    static void require(bool condition, int code);
 
     /// Logs an operation, calls the hook, fails when it must. Holds the disk's mutex from then on.
     Result<Lock> begin(DiskOperation operation, const Path& path);
+    template <class F> auto perform(DiskOperation operation, const Path& path, F f) -> Result<decltype(f())>
+    {
+        const auto turn = begin(operation, path);
+        if (!turn)
+            return std::unexpected(turn.error());
+        try {
+            if constexpr (std::is_void_v<decltype(f())>)
+                return f(), Status();
+            else
+                return f();
+        } catch (const Refusal& refusal) {
+            return systemFailure(refusal.code);
+        }
+    }
     void add(Fault fault);
-    template <class T> void set(T& place, std::type_identity_t<T> value)
+    template <class F> auto guarded(F f) const -> decltype(f())
     {
         const Lock lock(m_mutex);
-        place = std::move(value);
+        return f();
     }
 
     // The tree; the mutex is held.
     NodePointer make(FileInfo::Kind kind, uint32_t mode);
-    Result<Place> follow(const Path& path, int links = 0) const;
-    Result<NodePointer> find(const Path& path) const; ///< follows links
-    Result<NodePointer> folderOf(const Path& path) const;
-    Result<NodePointer> writableFolderOf(const Path& path) const;
-    NodePointer ensureFolder(const Path& path);
-    void put(const Path& path, NodePointer node);
-    void sync(const Path& entry);
-    Result<std::unique_ptr<File>> open(DiskOperation operation, const Path& path, uint32_t permission);
-    std::unique_ptr<File> openFile(NodePointer node, const Path& path, uint32_t permission);
-    Status move(const Path& from, const Path& to, bool replace);
+    NodePointer find(const Path& path) const; ///< refuses, as those below do
+    Node& findFolder(const Path& path) const;
+    Node& writableFolderOf(const Path& path) const;
+    void ensureFolder(const Path& path);
+    void put(const Path& path, const NodePointer& node);
+    std::unique_ptr<File> open(const Path& path, uint32_t permission);
+    void moveEntry(const Path& from, const Path& to, bool replace);
 
     const Scheduler& m_clock;
     mutable std::mutex m_mutex;
     uint64_t m_nextInode = 2;
-    std::shared_ptr<std::atomic<int64_t>> m_used = std::make_shared<std::atomic<int64_t>>(0); ///< bytes
-    NodePointer m_root; ///< made with the two above
-    Limits m_limits;
+    Tree m_tree;
+    Tree m_synced; ///< what a power cut leaves of it
+    std::optional<int64_t> m_capacity;
+    size_t m_largestRead = SIZE_MAX;
     std::vector<Fault> m_faults;
     std::function<void(const Call&)> m_hook;
     std::vector<Call> m_calls;
