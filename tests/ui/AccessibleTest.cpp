@@ -1,6 +1,9 @@
 // What the editor answers to a screen reader and what it announces, without a screen reader.
+#include "TestWindow.h"
 #include "app/editor/EditorAccessible.h"
 #include "app/editor/EditorView.h"
+#include "app/window/sidebar/SidebarList.h"
+#include "app/window/sidebar/SidebarView.h"
 #include "desktop/Fonts.h"
 #include "support/FakeClipboard.h"
 #include "support/ManualScheduler.h"
@@ -21,6 +24,8 @@ constexpr QAccessible::TextBoundaryType allBoundaries[]
 
 /// "insert 3 abc", "remove 3 abc", "caret 5", "select 1 5", "state".
 std::vector<std::string> announced;
+
+std::vector<std::string> appeared; ///< the names of banners
 
 void record(QAccessibleEvent* event)
 {
@@ -241,6 +246,32 @@ TEST_F(AccessibleTest, EditsAsStepsOfUndoAndNotWhileReadOnly)
     editing().insertText(0, QStringLiteral("x"));
     editing().deleteText(0, 3);
     EXPECT_EQ(contents(), "one three");
+}
+
+TEST(AccessibleWindow, TellsOfBannersWhenTheyComeAndOfTheSecondLinesOfNotes)
+{
+    test::TestWindow window;
+    window.addNote("list", "Список\nхлеб, соль");
+    window.show();
+    QAccessible::setActive(true);
+    appeared.clear();
+    const auto old = QAccessible::installUpdateHandler([](QAccessibleEvent* event) {
+        const QAccessibleInterface* const shown = event->accessibleInterface();
+        if (event->type() == QAccessible::ObjectShow && shown && shown->role() == QAccessible::Notification)
+            appeared.push_back(shown->text(QAccessible::Name).toStdString());
+    });
+    window.app().showNotice("Первое");
+    window.settle();
+    window.app().showNotice("Второе");
+    window.settle();
+    QAccessible::installUpdateHandler(old);
+    QAccessible::setActive(false);
+    EXPECT_EQ(appeared, (std::vector<std::string>{"Первое", "Второе"}));
+
+    auto* list = QAccessible::queryAccessibleInterface(&window.view().sidebar().list());
+    ASSERT_TRUE(list && list->childCount() == 2);
+    EXPECT_EQ(list->child(1)->text(QAccessible::Name), QStringLiteral("Список"));
+    EXPECT_EQ(list->child(1)->text(QAccessible::Description), QStringLiteral("хлеб, соль"));
 }
 
 TEST_F(AccessibleTest, AnnouncesEachChangeOnceAndOnlyToListeners)

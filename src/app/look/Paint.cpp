@@ -16,12 +16,29 @@ namespace quillmark {
 
 namespace {
 
+constexpr double symbolGrid = 16; ///< units that a symbol's drawing is wide
+
+/// Strokes as many whole device pixels thick as come nearest to what is drawn.
+QByteArray withWholeStrokes(QByteArray svg, int devicePixels)
+{
+    static constexpr QByteArrayView attribute(" stroke-width=\"");
+    const double pixelsAUnit = devicePixels / symbolGrid;
+    for (qsizetype at = svg.indexOf(attribute); at >= 0; at = svg.indexOf(attribute, at)) {
+        at += attribute.size();
+        const qsizetype length = svg.indexOf('"', at) - at;
+        const double pixels = std::max(std::round(svg.mid(at, length).toDouble() * pixelsAUnit), 1.0);
+        svg.replace(at, length, QByteArray::number(pixels / pixelsAUnit));
+    }
+    return svg;
+}
+
 QPixmap renderSymbol(std::string_view name, int devicePixels, const QColor& color)
 {
     QFile file(QStringLiteral(":/icons/%1.svg").arg(QString::fromUtf8(name)));
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    QSvgRenderer renderer(file.readAll().replace("currentColor", color.name().toLatin1()));
+    QByteArray strokes = withWholeStrokes(file.readAll(), devicePixels);
+    QSvgRenderer renderer(strokes.replace("currentColor", color.name().toLatin1()));
     QPixmap pixmap(devicePixels, devicePixels);
     pixmap.fill(Qt::transparent);
     QPainter painter(&pixmap);
@@ -85,6 +102,25 @@ QRectF snapped(const QPainter& painter, const QRectF& rect)
     const QPointF topLeft(wholePixel(device.left()), wholePixel(device.top()));
     const QPointF bottomRight(wholePixel(device.right()), wholePixel(device.bottom()));
     return toDevice.inverted().mapRect(QRectF(topLeft, bottomRight));
+}
+
+double strokeWidth(const QPainter& painter)
+{
+    const double scale = painter.deviceTransform().m11();
+    return std::max(std::floor(scale), 1.0) / scale;
+}
+
+void drawRounded(
+    QPainter& painter, const QRectF& rect, double radius, const QColor& line, const QColor& ground)
+{
+    const double width = strokeWidth(painter);
+    const double half = width / 2;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(line, width));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(snapped(painter, rect).adjusted(half, half, -half, -half), radius, radius);
+    painter.restore();
 }
 
 void drawHairline(QPainter& painter, const QRectF& rect, Qt::Edge edge, const QColor& color)

@@ -27,6 +27,13 @@ QString singleLine(std::string_view text);
 /// The rectangle moved and sized to whole device pixels.
 QRectF snapped(const QPainter& painter, const QRectF& rect);
 
+/// A point in whole device pixels, at least one: what a line of one point is drawn with.
+double strokeWidth(const QPainter& painter);
+
+/// A rounded rectangle on whole device pixels, its border of one point within `rect`.
+void drawRounded(
+    QPainter& painter, const QRectF& rect, double radius, const QColor& line, const QColor& ground);
+
 /// Lines one device pixel thick along an inner edge of `rect`.
 void drawHairline(QPainter& painter, const QRectF& rect, Qt::Edge edge, const QColor& color);
 

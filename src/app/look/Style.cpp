@@ -3,6 +3,7 @@
 #include "app/look/StylePaint.h"
 #include "app/look/SymbolIcon.h"
 
+#include <QLabel>
 #include <QMenu>
 #include <QStyleFactory>
 #include <QStyleOption>
@@ -25,6 +26,13 @@ constexpr int smallestThumb = 32;
 Style::Style()
     : QProxyStyle(QStringLiteral("Fusion"))
 {
+}
+
+void Style::polish(QWidget* widget)
+{
+    QProxyStyle::polish(widget);
+    if (auto* label = qobject_cast<QLabel*>(widget); label && label->textFormat() == Qt::AutoText)
+        label->setTextFormat(Qt::PlainText);
 }
 
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const

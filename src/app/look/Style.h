@@ -1,5 +1,6 @@
 // How the toolkit's own controls look: flat, in theme colours, without bevels. Menus, scroll bars, tool tips
-// and the few controls of the file panel; everything else is left to the base style.
+// and the few controls of the file panel; everything else is left to the base style. Tool tips and labels
+// show what they are given letter by letter: it may be a name, and is never markup.
 #pragma once
 
 #include <QProxyStyle>
@@ -11,6 +12,9 @@ class Style : public QProxyStyle {
 
 public:
     Style();
+
+    using QProxyStyle::polish;
+    void polish(QWidget* widget) override;
 
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

@@ -25,19 +25,6 @@ void fillRounded(QPainter& painter, const QRectF& rect, double radius, const QCo
     painter.restore();
 }
 
-void strokeRounded(
-    QPainter& painter, const QRectF& rect, double radius, const QColor& line, const QColor& ground)
-{
-    const double pixel = 1.0 / painter.deviceTransform().m11();
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(line, pixel));
-    painter.setBrush(ground);
-    painter.drawRoundedRect(
-        snapped(painter, rect).adjusted(pixel / 2, pixel / 2, -pixel / 2, -pixel / 2), radius, radius);
-    painter.restore();
-}
-
 QColor faint(QColor color, double alpha)
 {
     color.setAlphaF(float(alpha));
@@ -198,7 +185,7 @@ void paintButton(QPainter& painter, const QStyleOption& option)
     }
     const bool isDefault
         = option.state & QStyle::State_Enabled && button->features & QStyleOptionButton::DefaultButton;
-    strokeRounded(painter, option.rect, buttonRadius,
+    drawRounded(painter, option.rect, buttonRadius,
         color(isDefault ? ThemeColor::accent : ThemeColor::separator), ground);
 }
 
@@ -208,13 +195,13 @@ void paintField(QPainter& painter, const QStyleOption& option)
     if (!frame || frame->lineWidth <= 0)
         return;
     const bool hasFocus = option.state & QStyle::State_HasFocus;
-    strokeRounded(painter, option.rect, menuGroundRadius,
+    drawRounded(painter, option.rect, menuGroundRadius,
         color(hasFocus ? ThemeColor::accent : ThemeColor::separator), color(ThemeColor::background));
 }
 
 void paintComboBox(QPainter& painter, const QStyleOptionComboBox& box)
 {
-    strokeRounded(
+    drawRounded(
         painter, box.rect, buttonRadius, color(ThemeColor::separator), color(ThemeColor::barBackground));
     const QPointF tip(box.rect.right() - 12, box.rect.center().y() + 2.5);
     painter.save();

@@ -65,7 +65,7 @@ void SymbolButton::paintEvent(QPaintEvent*)
         painter.setBrush(color(isDown() ? ThemeColor::accentTint : ThemeColor::separator));
         painter.drawRoundedRect(snapped(painter, rect()), groundRadius, groundRadius);
     }
-    painter.setOpacity(underMouse() ? 1.0 : m_opacity);
+    painter.setOpacity(m_opacity);
     QRectF box(0, 0, m_symbolSize, m_symbolSize);
     box.moveCenter(QRectF(rect()).center());
     if (!text().isEmpty())

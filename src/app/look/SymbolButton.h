@@ -18,7 +18,7 @@ public:
     /// A text behind the symbol; the button then fills its width from the left.
     void setLabel(const QString& label);
     void setTextColor(ThemeColor name);
-    void setOpacity(double opacity); ///< of symbol and text while the mouse is elsewhere
+    void setOpacity(double opacity); ///< of symbol and text
 
     QSize sizeHint() const override;
 

@@ -24,6 +24,12 @@ void TextButton::setLabel(const QString& label)
     updateGeometry();
 }
 
+void TextButton::setTextColor(ThemeColor name)
+{
+    m_textColor = name;
+    update();
+}
+
 QSize TextButton::sizeHint() const
 {
     const QFontMetricsF metrics(font());
@@ -34,7 +40,7 @@ void TextButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const bool isTouched = isDown() || underMouse();
-    painter.setPen(color(isTouched ? ThemeColor::foreground : ThemeColor::secondaryText));
+    painter.setPen(color(isTouched ? ThemeColor::foreground : m_textColor));
     painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text());
 }
 

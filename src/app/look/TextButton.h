@@ -1,6 +1,8 @@
 // A borderless button that shows one line of text and nothing else.
 #pragma once
 
+#include "editor/Theme.h"
+
 #include <QAbstractButton>
 
 namespace quillmark {
@@ -12,6 +14,7 @@ public:
     TextButton(const QFont& font, const QString& toolTip, QWidget* parent);
 
     void setLabel(const QString& label);
+    void setTextColor(ThemeColor name); ///< while the mouse is elsewhere
 
     QSize sizeHint() const override;
 
@@ -19,6 +22,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
+
+private:
+    ThemeColor m_textColor = ThemeColor::secondaryText;
 };
 
 } // namespace quillmark

@@ -4,6 +4,7 @@
 #include "app/look/TextButton.h"
 #include "app/look/TextLabel.h"
 #include "app/window/ContentView.h"
+#include "app/window/banners/Banner.h"
 #include "app/window/status/SaveStateLabel.h"
 #include "app/window/status/StatusBarView.h"
 #include "app/window/tabs/TabStrip.h"
@@ -75,6 +76,8 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object)
         return new Button(static_cast<QAbstractButton*>(object));
     if (auto* strip = dynamic_cast<TabStrip*>(object))
         return new QAccessibleWidget(strip, QAccessible::PageTabList, QStringLiteral("Вкладки"));
+    if (auto* banner = dynamic_cast<Banner*>(object))
+        return new QAccessibleWidget(banner, QAccessible::Notification);
     if (auto* bar = dynamic_cast<StatusBarView*>(object))
         return new QAccessibleWidget(bar, QAccessible::StatusBar, QStringLiteral("Состояние"));
     if (auto* window = dynamic_cast<ContentView*>(object))

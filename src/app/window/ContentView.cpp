@@ -8,8 +8,7 @@
 #include "app/window/EditorArea.h"
 #include "app/window/MainMenu.h"
 #include "app/window/SplitView.h"
-#include "app/window/banners/NoticeBanner.h"
-#include "app/window/banners/ReadOnlyBanner.h"
+#include "app/window/banners/Banners.h"
 #include "app/window/panels/FilePanels.h"
 #include "app/window/panels/GoToLineView.h"
 #include "app/window/sidebar/SearchField.h"
@@ -74,8 +73,7 @@ QWidget* ContentView::makeDetail(Scheduler& scheduler, Clipboard& clipboard)
     m_editorArea = new EditorArea(m_app, scheduler, clipboard, detail);
     QVBoxLayout* column = makeColumn(detail);
     column->addWidget(m_tabBar);
-    m_banners = makeColumn(nullptr);
-    column->addLayout(m_banners);
+    column->addWidget(new Banners(m_app, detail));
     column->addWidget(m_editorArea, 1);
     column->addWidget(new StatusBarView(m_app, detail));
     return detail;
@@ -85,14 +83,10 @@ void ContentView::watch()
 {
     m_connections.push_back(m_app.activeTabID.onChange([this](const auto&) { watchActiveTab(); }));
     m_connections.push_back(m_app.tabs.onChange([this](const auto&) { watchActiveTab(); }));
-    m_connections.push_back(m_app.isReadOnly.onChange([this](bool isReadOnly) { showReadOnly(isReadOnly); }));
-    m_connections.push_back(m_app.notice.onChange([this](const auto& text) { showNotice(text); }));
     m_connections.push_back(m_app.goToLineVisible.onChange([this](bool isShown) { showGoToLine(isShown); }));
     new LatinShortcuts(*qApp, this);
     connect(qApp, &QApplication::focusChanged, this, &ContentView::focusMoved);
     watchActiveTab();
-    showReadOnly(m_app.isReadOnly.get());
-    showNotice(m_app.notice.get());
 }
 
 void ContentView::watchActiveTab()
@@ -109,28 +103,6 @@ void ContentView::showTitle()
     QString title = tab ? singleLine(tab->title.get()) : QStringLiteral("Ledgerly");
     title.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")); // Qt's sign for a changed document
     setWindowTitle(title);
-}
-
-void ContentView::showReadOnly(bool isReadOnly)
-{
-    if (isReadOnly && !m_readOnlyBanner) {
-        m_readOnlyBanner = new ReadOnlyBanner(this);
-        m_banners->insertWidget(0, m_readOnlyBanner);
-    }
-    if (m_readOnlyBanner)
-        m_readOnlyBanner->setVisible(isReadOnly);
-}
-
-void ContentView::showNotice(const std::optional<std::string>& text)
-{
-    if (text && !m_noticeBanner) {
-        m_noticeBanner = new NoticeBanner([this] { m_app.dismissNotice(); }, this);
-        m_banners->addWidget(m_noticeBanner);
-    }
-    if (text)
-        m_noticeBanner->setText(singleLine(*text));
-    if (m_noticeBanner)
-        m_noticeBanner->setVisible(text.has_value());
 }
 
 void ContentView::showGoToLine(bool isShown)

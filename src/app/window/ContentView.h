@@ -7,14 +7,11 @@
 #include <QPointer>
 #include <QWidget>
 
-class QVBoxLayout;
-
 namespace quillmark {
 
 class EditorArea;
 class GoToLineView;
 class MainMenu;
-class NoticeBanner;
 class SidebarView;
 class TabBarView;
 
@@ -52,9 +49,7 @@ private:
     void watchActiveTab();
     void focusMoved(QWidget* from, QWidget* to);
     void showTitle();
-    void showReadOnly(bool isReadOnly);
     void showGoToLine(bool isShown);
-    void showNotice(const std::optional<std::string>& text);
 
     AppState& m_app;
     FileManager& m_fileManager;
@@ -62,9 +57,6 @@ private:
     QPointer<QWidget> m_focusBeforeMenu; ///< what had the keyboard before the menu bar took it
     SidebarView* m_sidebar = nullptr;
     TabBarView* m_tabBar = nullptr;
-    QVBoxLayout* m_banners = nullptr;
-    QWidget* m_readOnlyBanner = nullptr; ///< the banners are made when first needed
-    NoticeBanner* m_noticeBanner = nullptr;
     EditorArea* m_editorArea = nullptr;
     GoToLineView* m_goToLine = nullptr;
     bool m_wasPainted = false;

@@ -1,21 +1,45 @@
-// What the banners above the editor have in common: one line of secondary text behind a symbol.
+// A line above the editor that tells the user something: a symbol, a text, and perhaps buttons. A screen
+// reader hears of it when it comes and when its text changes.
 #pragma once
 
 #include "editor/Theme.h"
 
-#include <string_view>
+#include <QWidget>
 
-class QWidget;
+#include <functional>
+#include <string_view>
 
 namespace quillmark {
 
 class TextLabel;
 
-/// Lays `banner` out as symbol and text; more may be added to its layout. The symbol is painted by
-/// paintBanner.
-TextLabel* layOutBanner(QWidget& banner);
+struct BannerLook {
+    std::string_view symbol; ///< lives as long as the program
+    ThemeColor ground = ThemeColor::accentTint;
+    ThemeColor symbolColor = ThemeColor::secondaryText;
+    ThemeColor textColor = ThemeColor::secondaryText;
+};
 
-/// Ground, symbol and the line that divides the banner from what is below.
-void paintBanner(QWidget& banner, ThemeColor ground, std::string_view symbol);
+class Banner : public QWidget {
+    Q_OBJECT
+
+public:
+    Banner(const BannerLook& look, QWidget* parent);
+
+    /// On one line, cut at its end where there is no room; then the tool tip has all of it.
+    void setText(const QString& text);
+    void setWraps(); ///< the text takes as many lines as it needs instead
+    void addButton(const QString& title, std::function<void()> onClick);
+    void addCloseButton(std::function<void()> onClose);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void announce();
+
+    const BannerLook m_look;
+    TextLabel* m_text;
+};
 
 } // namespace quillmark

@@ -1,27 +1,19 @@
 // A passing word to the user, with a button that sends it away.
 #pragma once
 
-#include <QWidget>
-
-#include <functional>
+#include "app/window/banners/Banner.h"
 
 namespace quillmark {
 
-class TextLabel;
-
-class NoticeBanner : public QWidget {
+class NoticeBanner : public Banner {
     Q_OBJECT
 
 public:
-    NoticeBanner(std::function<void()> onClose, QWidget* parent);
-
-    void setText(const QString& text);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
-private:
-    TextLabel* m_text;
+    NoticeBanner(std::function<void()> onClose, QWidget* parent)
+        : Banner({.symbol = "info.circle"}, parent)
+    {
+        addCloseButton(std::move(onClose));
+    }
 };
 
 } // namespace quillmark

@@ -96,12 +96,8 @@ void GoToLineView::submit()
 void GoToLineView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const double pixel = 1.0 / painter.deviceTransform().m11();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color(ThemeColor::separator), 1));
-    painter.setBrush(color(ThemeColor::background)); // words that shine through would only be in the way
-    painter.drawRoundedRect(snapped(painter, rect()).adjusted(pixel / 2, pixel / 2, -pixel / 2, -pixel / 2),
-        cornerRadius, cornerRadius);
+    drawRounded(painter, rect(), cornerRadius, color(ThemeColor::separator),
+        color(ThemeColor::background)); // words that shine through would only be in the way
     drawSymbol(painter, "arrow.right.to.line",
         {horizontalPadding, (height() - symbolBox) / 2.0, symbolBox, symbolBox}, color(ThemeColor::accent));
 }

@@ -1,6 +1,8 @@
 #include "app/window/sidebar/SidebarModel.h"
 
 #include "app/look/Paint.h"
+#include "app/window/ItemToolTip.h"
+#include "app/window/sidebar/NoteRow.h"
 
 #include <algorithm>
 #include <functional>
@@ -146,8 +148,29 @@ int SidebarModel::rowCount(const QModelIndex& parent) const
 
 QVariant SidebarModel::data(const QModelIndex& index, int role) const
 {
-    if (role != Qt::DisplayRole || !index.isValid())
+    if (!index.isValid())
         return {};
+    switch (role) {
+    case Qt::DisplayRole:
+        return rowText(index);
+    case Qt::ToolTipRole:
+        if (const Note* shown = note(index))
+            return itemToolTip(shown->title, shown->url);
+        if (const auto tab = fileTab(index))
+            return itemToolTip(m_app, *tab);
+        break;
+    case Qt::AccessibleDescriptionRole:
+        if (const Note* shown = note(index))
+            return NoteRow::previewLine(*shown);
+        break;
+    default:
+        break;
+    }
+    return {};
+}
+
+QString SidebarModel::rowText(const QModelIndex& index) const
+{
     switch (item(index).kind) {
     case Kind::filesHeader:
         return QStringLiteral("Открытые файлы");

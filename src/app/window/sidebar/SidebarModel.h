@@ -31,6 +31,7 @@ public:
     QModelIndex indexOf(const Uuid& identity) const; ///< invalid when it has no row
 
     int rowCount(const QModelIndex& parent = {}) const override;
+    /// The text of a row, its tool tip, and for a screen reader a note's second line.
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
@@ -43,6 +44,7 @@ private:
         size_t place = 0; ///< among the notes of the store
     };
 
+    QString rowText(const QModelIndex& index) const;
     void rowsChanged();
     std::vector<ShownNote> shownNotes() const;
     void watchTabs();

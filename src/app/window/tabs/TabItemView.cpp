@@ -2,12 +2,14 @@
 
 #include "app/look/Paint.h"
 #include "app/look/SymbolButton.h"
+#include "app/window/ItemToolTip.h"
 #include "app/window/MainMenu.h"
 
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
+#include <QToolTip>
 
 #include <cmath>
 
@@ -44,9 +46,9 @@ TabItemView::TabItemView(AppState& app, std::shared_ptr<EditorTab> tab, QWidget*
     , m_close(new SymbolButton("xmark", closeSymbolBox, toolTipOf("file.closeTab"), this))
 {
     setFont(monospacedFont(12.5));
-    connect(m_close, &SymbolButton::clicked, this, &TabItemView::close);
+    connect(m_close, &SymbolButton::clicked, this, &TabItemView::closeClicked);
     m_connections.push_back(m_tab->title.onChange([this](const auto&) { contentsChanged(); }));
-    m_connections.push_back(m_tab->isDirty.onChange([this](const auto&) { contentsChanged(); }));
+    m_connections.push_back(m_tab->isDirty.onChange([this](const auto&) { update(); }));
     m_connections.push_back(m_tab->source.onChange([this](const auto&) { contentsChanged(); }));
     m_connections.push_back(m_app.activeTabID.onChange([this](const auto&) {
         updateCloseOpacity();
@@ -66,11 +68,6 @@ void TabItemView::activate()
     m_app.selectTab(m_tab->id);
 }
 
-void TabItemView::close()
-{
-    m_app.closeTab(m_tab->id);
-}
-
 void TabItemView::contentsChanged()
 {
     setAccessibleName(singleLine(m_tab->title.get()));
@@ -86,13 +83,21 @@ void TabItemView::updateCloseOpacity()
 QSize TabItemView::sizeHint() const
 {
     const QFontMetricsF metrics(font());
-    double width = 2 * horizontalPadding + spacing + closeSize;
+    double width = 2 * horizontalPadding + dirtyDot + spacing + spacing + closeSize;
     width += std::min(metrics.horizontalAdvance(singleLine(m_tab->title.get())), largestTitle);
-    if (m_tab->isDirty.get())
-        width += dirtyDot + spacing;
     if (m_tab->file())
         width += fileSymbolBox + spacing;
     return {int(std::ceil(width)), int(std::ceil(metrics.height() + 2 * verticalPadding))};
+}
+
+bool TabItemView::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    // Asked for each time: the file may have another name by now.
+    QToolTip::showText(
+        static_cast<QHelpEvent*>(event)->globalPos(), itemToolTip(m_app, *m_tab), this, rect());
+    return true;
 }
 
 void TabItemView::paintEvent(QPaintEvent*)
@@ -109,10 +114,9 @@ void TabItemView::paintEvent(QPaintEvent*)
 void TabItemView::paintContents(QPainter& painter, const QColor& textColor) const
 {
     double x = horizontalPadding;
-    if (m_tab->isDirty.get()) {
+    if (m_tab->isDirty.get())
         drawDot(painter, {x, 0, dirtyDot, double(height())}, dirtyDot, color(ThemeColor::accent));
-        x += dirtyDot + spacing;
-    }
+    x += dirtyDot + spacing;
     if (m_tab->file()) {
         drawSymbol(
             painter, "doc", {x, (height() - fileSymbolBox) / 2, fileSymbolBox, fileSymbolBox}, textColor);
@@ -121,9 +125,10 @@ void TabItemView::paintContents(QPainter& painter, const QColor& textColor) cons
     painter.setPen(textColor);
     const QString title = singleLine(m_tab->title.get());
     const QFontMetricsF metrics(font());
-    const bool fits = metrics.horizontalAdvance(title) <= largestTitle;
-    painter.drawText(QRectF(x, 0, largestTitle + 1, height()), Qt::AlignVCenter | Qt::AlignLeft,
-        fits ? title : metrics.elidedText(title, Qt::ElideRight, largestTitle));
+    const double room = std::min(m_close->x() - spacing - x, largestTitle);
+    const bool fits = metrics.horizontalAdvance(title) <= room;
+    painter.drawText(QRectF(x, 0, room + 1, height()), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+        fits ? title : metrics.elidedText(title, Qt::ElideRight, room));
 }
 
 void TabItemView::resizeEvent(QResizeEvent*)
@@ -153,7 +158,7 @@ void TabItemView::mousePressEvent(QMouseEvent* event)
 void TabItemView::mouseReleaseEvent(QMouseEvent* event)
 {
     if (event->button() == Qt::MiddleButton && rect().contains(event->position().toPoint()))
-        close();
+        Q_EMIT closeMiddleClicked();
 }
 
 void TabItemView::contextMenuEvent(QContextMenuEvent* event)

@@ -1,4 +1,5 @@
-// One tab of the tab bar: dirty dot, symbol of a file, title and close button.
+// One tab of the tab bar: dirty dot, symbol of a file, title and close button. The place of the dot is kept
+// free while there is none. Too narrow, it cuts its title.
 #pragma once
 
 #include "core/AppState.h"
@@ -24,8 +25,11 @@ public:
 
 Q_SIGNALS:
     void sizeHintChanged();
+    void closeClicked(); ///< with the left button, on the mark
+    void closeMiddleClicked(); ///< anywhere
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
@@ -35,7 +39,6 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
-    void close();
     void contentsChanged();
     void updateCloseOpacity();
     void paintContents(QPainter& painter, const QColor& textColor) const;

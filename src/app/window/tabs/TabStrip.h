@@ -1,4 +1,6 @@
-// The row of tabs. It scrolls sideways when there are more than fit, and keeps the active one in view.
+// The row of tabs. It scrolls sideways when there are more than fit, and keeps the active one in view. While
+// tabs are closed with the mouse it holds still: the next tab comes under the mouse, with its close button
+// where that was clicked, so that several can be closed in one place.
 #pragma once
 
 #include "app/window/tabs/TabItemView.h"
@@ -18,6 +20,7 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void leaveEvent(QEvent* event) override;
 
 private:
     class EdgeFade;
@@ -26,7 +29,13 @@ private:
     void tabsChanged();
     TabItemView* takeItem(const Uuid& tabID);
     TabItemView* makeItem(const std::shared_ptr<EditorTab>& tab);
+    enum class Under { tab, closeButton }; ///< what was clicked, and what of the next tab comes there
+    void closeByMouse(const TabItemView& item, Under under);
     void place(Reveal reveal);
+    int widthOf(const TabItemView& item) const;
+    int leftOf(const TabItemView& item) const; ///< in the whole row
+    const TabItemView* activeItem() const; ///< null when there is none
+    int fadeWidth() const;
     int offsetShowingActive(int offset) const;
     int contentWidth() const;
 
@@ -35,6 +44,9 @@ private:
     EdgeFade* m_leftFade;
     EdgeFade* m_rightFade;
     int m_offset = 0;
+    bool m_isClosingByMouse = false;
+    int m_heldOffset = 0; ///< the row may be scrolled this far beyond its end, until the mouse leaves
+    bool m_revealsWhenLeft = false; ///< another tab became active under a held row
     std::vector<Connection> m_connections;
 };
 
