@@ -95,5 +95,14 @@ TEST(FileDetails, SizesAreRussianAndShort)
     EXPECT_EQ(text(int64_t(5) << 40), "5,0 ТБ");
 }
 
+TEST(FileDetails, NobodyLooksIntoAFileToSayWhatItIs)
+{
+    const QFileInfo picture(QDir::temp().filePath(QStringLiteral("picture")));
+    std::ofstream(picture.filePath().toStdString()) << "\x89PNG\r\n\x1a\n";
+    EXPECT_EQ(FileSymbols().type(picture), QStringLiteral("Файл"));
+    EXPECT_EQ(FileSymbols().type(QFileInfo(QStringLiteral("/none/список.txt"))), QStringLiteral("Файл TXT"));
+    QFile::remove(picture.filePath());
+}
+
 } // namespace
 } // namespace quillmark::test

@@ -68,7 +68,10 @@ QIcon FileSymbols::icon(const QFileInfo& file) const
 
 QString FileSymbols::type(const QFileInfo& file) const
 {
-    return file.isDir() ? QStringLiteral("Папка") : QFileIconProvider::type(file);
+    if (file.isDir())
+        return QStringLiteral("Папка");
+    const QString suffix = file.suffix().toUpper();
+    return suffix.isEmpty() ? QStringLiteral("Файл") : QStringLiteral("Файл ") + suffix;
 }
 
 } // namespace quillmark

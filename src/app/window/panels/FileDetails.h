@@ -19,7 +19,7 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
 };
 
-/// Any thread.
+/// What a file is follows from its name alone: a look into it may take for ever. Any thread.
 class FileSymbols : public QFileIconProvider {
 public:
     QIcon icon(IconType type) const override;

@@ -25,6 +25,7 @@ void fitColumns(QFileDialog& panel)
     if (!tree)
         return;
     tree->header()->setStretchLastSection(false);
+    tree->header()->setResizeContentsPrecision(0); // of the rows in view, however many there are
     tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
 }
