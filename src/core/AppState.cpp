@@ -62,6 +62,7 @@ AppState::AppState(AppServices services)
     : m_impl(std::make_unique<Impl>(*this, std::move(services)))
     , store(noteStoreServices(m_impl->services, m_impl->writeQueue))
     , settings(m_impl->services.defaults)
+    , recovered(m_impl->services.scheduler, m_impl->services.files, m_impl->services.recovery)
 {
     theAppState = this;
     UserDefaults& defaults = m_impl->services.defaults;

@@ -7,6 +7,7 @@
 #include "base/Scheduler.h"
 #include "core/EditorSettings.h"
 #include "core/EditorTab.h"
+#include "core/RecoveredTexts.h"
 #include "editor/PlainTextView.h"
 #include "io/DocumentWriter.h"
 #include "io/RecoveryStore.h"
@@ -59,6 +60,7 @@ public:
 
     NoteStore store;
     EditorSettings settings;
+    RecoveredTexts recovered;
 
     // The view toggles; setting one stores it and takes effect at once.
     Variable<AppearanceMode> appearanceMode{AppearanceMode::system};
@@ -135,6 +137,9 @@ public:
     void rememberPanelFolder(const Path& chosenFile);
     enum class Immediate { no, yes };
     void scheduleStats(Immediate immediate); ///< counts in the background, else 0.3 s after the last call
+
+    /// Makes a note of a copy of it; one that is too large to be edited is opened where it is.
+    void openRecovered(const RecoveredEntry& entry);
 
     // The notes folder.
     void chooseNotesFolder(const Path& folder);

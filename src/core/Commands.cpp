@@ -120,6 +120,11 @@ void revealNotesFolder(AppState& app, Shell& shell)
     shell.reveal(app.store.folderURL.get());
 }
 
+void showRecovered(AppState&, Shell& shell)
+{
+    shell.showRecovered();
+}
+
 void goToLine(AppState& app, Shell&)
 {
     app.goToLineVisible.set(true);
@@ -204,6 +209,14 @@ const std::array table = {
         .linuxKeys = {},
         .icon = "folder",
         .run = revealNotesFolder},
+    Command{.id = "file.recovered",
+        .menu = Menu::file,
+        .group = 1,
+        .menuTitle = "Восстановленные тексты…",
+        .keySigns = "",
+        .linuxKeys = {},
+        .icon = "list.bullet",
+        .run = showRecovered},
     Command{.id = "file.save",
         .menu = Menu::file,
         .group = 2,

@@ -20,6 +20,7 @@ public:
     virtual void reveal(const Path& file) = 0; ///< shows it selected in the file manager
     virtual void toggleSidebar() = 0;
     virtual void searchNotes() = 0; ///< the keyboard goes to the field for a search among the notes
+    virtual void showRecovered() = 0; ///< the window with the texts of the recovery folder
     virtual void quit() = 0;
 };
 

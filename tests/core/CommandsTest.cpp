@@ -26,6 +26,7 @@ struct CommandsTest : AppTest, Shell {
     void reveal(const Path& file) override { revealed = file; }
     void searchNotes() override { ++searches; }
     void toggleSidebar() override { ++sidebarToggles; }
+    void showRecovered() override {}
     void quit() override { ++quits; }
 
     bool enabled(std::string_view id)

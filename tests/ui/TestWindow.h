@@ -31,6 +31,7 @@ public:
     ManualScheduler& scheduler() { return m_world.scheduler; }
     const RecordingTrash& trash() const { return m_world.trash; }
     const std::vector<Path>& revealed() const { return m_world.fileManager.revealed; }
+    RecoveryStore& recovery() { return m_world.recovery; }
     Path notesFolder() const { return m_world.notes(); }
     static std::string contents(const Path& file);
 

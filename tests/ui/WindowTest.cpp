@@ -2,6 +2,7 @@
 
 #include "app/look/Paint.h"
 #include "app/look/SymbolButton.h"
+#include "app/recovered/RecoveredWindow.h"
 #include "app/window/EditorArea.h"
 #include "app/window/LoadingOverlay.h"
 #include "app/window/banners/NoticeBanner.h"
@@ -16,8 +17,6 @@
 #include <QMenu>
 
 #include <gtest/gtest.h>
-
-#include <set>
 
 namespace quillmark::test {
 namespace {
@@ -127,21 +126,14 @@ TEST(ContentView, FollowsTheAppearanceAtOnce)
     TestWindow window;
     window.show();
     QtAppearance appearance(window.scheduler());
-    const auto grounds = [&] {
+    for (const AppearanceMode mode : {AppearanceMode::light, AppearanceMode::dark}) {
+        appearance.apply(mode);
+        window.settle();
         const QPoint corner(3, 3);
-        std::vector<std::string> names;
-        for (QWidget* widget : std::initializer_list<QWidget*>{&window.view().tabBar(),
-                 window.find<StatusBarView>(), &window.view().editorArea(), &window.view().sidebar()})
-            names.push_back(pixel(*widget, corner).name().toStdString());
-        return names;
-    };
-    using Names = std::vector<std::string>;
-    appearance.apply(AppearanceMode::light);
-    window.settle();
-    EXPECT_EQ(grounds(), (Names{"#efeae1", "#efeae1", "#fffdf9", "#efeae1"}));
-    appearance.apply(AppearanceMode::dark);
-    window.settle();
-    EXPECT_EQ(grounds(), (Names{"#232118", "#232118", "#1b1a16", "#1f1d16"}));
+        EXPECT_EQ(pixel(window.view().tabBar(), corner), color(ThemeColor::barBackground));
+        EXPECT_EQ(pixel(window.view().editorArea(), corner), color(ThemeColor::background));
+        EXPECT_EQ(pixel(window.view().sidebar(), corner), color(ThemeColor::panelBackground));
+    }
 }
 
 TEST(ContentView, KeysReachTheCommands)
@@ -200,20 +192,32 @@ TEST(ContentView, EditingCommandsActOnTheFocusedText)
     EXPECT_EQ(window.app().editorText().length(), 8);
 }
 
-TEST(MainMenu, EveryKeyBelongsToOneCommand)
+TEST(RecoveredWindow, ListsWhatWasKeptAndOpensACopy)
 {
     TestWindow window;
+    window.addNote("note", "note");
     window.show();
-    std::set<QString> keys;
-    for (const Command& command : commands()) {
-        const auto* action = window.view().findChild<QAction*>(QString::fromUtf8(command.id));
-        ASSERT_TRUE(action) << command.id;
-        EXPECT_EQ(action->shortcuts().size(), qsizetype(command.linuxKeys.size()));
-        for (const QKeySequence& sequence : action->shortcuts()) {
-            EXPECT_EQ(sequence.count(), 1) << command.id;
-            EXPECT_TRUE(keys.insert(sequence.toString()).second) << sequence.toString().toStdString();
-        }
-    }
+    ASSERT_TRUE(window.recovery().keep(Rope(u"\nХлеб\nсоль"), "/old/Покупки.txt"));
+    command("file.recovered").run(window.app(), window.view());
+    window.settle();
+    auto* recovered = window.find<RecoveredWindow>();
+    ASSERT_TRUE(recovered);
+    const QModelIndex row = recovered->list().currentIndex();
+    EXPECT_EQ(row.data().toString(), QStringLiteral("Хлеб"));
+    EXPECT_TRUE(
+        row.data(Qt::AccessibleDescriptionRole).toString().contains(QStringLiteral("· Покупки.txt ·")));
+
+    QTest::keyClick(&recovered->list(), Qt::Key_Return);
+    window.settle();
+    EXPECT_EQ(window.app().editorText(), Rope(u"\nХлеб\nсоль"));
+    EXPECT_TRUE(window.app().activeNoteID());
+    window.wait(1s);
+    EXPECT_EQ(window.app().activeTab()->title.get(), "Хлеб");
+    EXPECT_EQ(window.recovery().list()->size(), 1u);
+
+    recovered->activateWindow();
+    QTest::keyClick(recovered->windowHandle(), Qt::Key_Escape);
+    EXPECT_FALSE(recovered->isVisible());
 }
 
 } // namespace

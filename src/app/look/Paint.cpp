@@ -123,6 +123,18 @@ void drawRounded(
     painter.restore();
 }
 
+void paintRowGround(QPainter& painter, const QRectF& row, const QColor& ground)
+{
+    constexpr double inset = 8;
+    constexpr double radius = 6;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ground);
+    painter.drawRoundedRect(snapped(painter, row.adjusted(inset, 1, -inset, -1)), radius, radius);
+    painter.restore();
+}
+
 void drawHairline(QPainter& painter, const QRectF& rect, Qt::Edge edge, const QColor& color)
 {
     const double pixel = 1.0 / painter.deviceTransform().m11();

@@ -34,6 +34,9 @@ double strokeWidth(const QPainter& painter);
 void drawRounded(
     QPainter& painter, const QRectF& rect, double radius, const QColor& line, const QColor& ground);
 
+/// What marks a row of a list: rounded, and inset from the edges of the list.
+void paintRowGround(QPainter& painter, const QRectF& row, const QColor& ground);
+
 /// Lines one device pixel thick along an inner edge of `rect`.
 void drawHairline(QPainter& painter, const QRectF& rect, Qt::Edge edge, const QColor& color);
 

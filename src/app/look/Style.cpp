@@ -17,6 +17,7 @@ constexpr int menuItemHeight = 26;
 constexpr int menuSeparatorHeight = 9;
 constexpr int menuBarItemPadding = 10;
 constexpr int menuBarMargin = 8;
+constexpr int buttonPadding = 6; ///< beside a button's title, more than the base style leaves
 constexpr int toolTipPadding = 5;
 constexpr int menuBarHeight = 28;
 constexpr int smallestThumb = 32;
@@ -116,6 +117,10 @@ QSize Style::sizeFromContents(
 {
     if (type == CT_MenuBarItem)
         return {size.width() + 2 * menuBarItemPadding, menuBarHeight};
+    if (type == CT_PushButton) {
+        const QSize whole = QProxyStyle::sizeFromContents(type, option, size, widget);
+        return {whole.width() + 2 * buttonPadding, whole.height()};
+    }
     if (type == CT_MenuItem) {
         if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option)) {
             if (item->menuItemType == QStyleOptionMenuItem::Separator)

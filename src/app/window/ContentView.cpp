@@ -3,6 +3,7 @@
 #include "app/LatinKeys.h"
 #include "app/editor/EditorView.h"
 #include "app/look/Paint.h"
+#include "app/recovered/RecoveredWindow.h"
 #include "app/window/AccessibleWidgets.h"
 #include "app/window/DroppedFiles.h"
 #include "app/window/EditorArea.h"
@@ -156,6 +157,13 @@ void ContentView::searchNotes()
 {
     m_sidebar->show();
     m_sidebar->searchField().setFocus(Qt::ShortcutFocusReason);
+}
+
+void ContentView::showRecovered()
+{
+    if (!m_recovered)
+        m_recovered = new RecoveredWindow(m_app, *this, this);
+    m_recovered->present();
 }
 
 void ContentView::quit()

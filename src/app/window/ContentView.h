@@ -12,6 +12,7 @@ namespace quillmark {
 class EditorArea;
 class GoToLineView;
 class MainMenu;
+class RecoveredWindow;
 class SidebarView;
 class TabBarView;
 
@@ -35,6 +36,7 @@ public:
     void reveal(const Path& file) override;
     void toggleSidebar() override;
     void searchNotes() override;
+    void showRecovered() override;
     void quit() override;
 
 protected:
@@ -59,6 +61,7 @@ private:
     TabBarView* m_tabBar = nullptr;
     EditorArea* m_editorArea = nullptr;
     GoToLineView* m_goToLine = nullptr;
+    RecoveredWindow* m_recovered = nullptr; ///< made when first needed
     bool m_wasPainted = false;
     std::vector<Connection> m_connections;
     Connection m_titleConnection;

@@ -1,11 +1,7 @@
 // A note in the sidebar: its title and below it a line of what follows.
 #pragma once
 
-#include <QFont>
-#include <QString>
-
-class QPainter;
-class QRectF;
+#include "app/look/TwoLineRow.h"
 
 namespace quillmark {
 
@@ -13,8 +9,6 @@ struct Note;
 
 class NoteRow {
 public:
-    NoteRow();
-
     /// Draws the two lines into `box`, cut at its width.
     void paint(QPainter& painter, const QRectF& box, const Note& note) const;
 
@@ -22,8 +16,7 @@ public:
     static QString previewLine(const Note& note);
 
 private:
-    QFont m_titleFont;
-    QFont m_previewFont;
+    TwoLineRow m_row;
 };
 
 } // namespace quillmark

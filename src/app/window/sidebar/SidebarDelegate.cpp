@@ -8,22 +8,10 @@ namespace quillmark {
 
 namespace {
 
-constexpr double groundInset = 8; ///< from the edges of the sidebar to the ground of a row
-constexpr double groundRadius = 6;
 constexpr double fileSymbolBox = 14;
 constexpr double fileSymbolGap = 4;
 constexpr double symbolBearing = 2; ///< from the edge of a symbol's box to its strokes
 constexpr double activeDot = 5;
-
-void paintGround(QPainter& painter, const QRectF& rect, const QColor& ground)
-{
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(ground);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.drawRoundedRect(
-        snapped(painter, rect.adjusted(groundInset, 1, -groundInset, -1)), groundRadius, groundRadius);
-    painter.setRenderHint(QPainter::Antialiasing, false);
-}
 
 std::optional<ThemeColor> groundColor(bool isSelected, QStyle::State state)
 {
@@ -56,7 +44,7 @@ void SidebarDelegate::paint(
     const Note* note = model.note(index);
     const bool isActive = model.isActive(index);
     if (const auto ground = groundColor(note && isActive, option.state))
-        paintGround(*painter, rect, color(*ground));
+        paintRowGround(*painter, rect, color(*ground));
     const QRectF content = rect.adjusted(contentInset, 0, -contentInset, 0);
     if (note)
         m_noteRow.paint(*painter, content, *note);
