@@ -152,7 +152,7 @@ int TabStrip::contentWidth() const
     return std::max(width - itemGap, 0);
 }
 
-const TabItemView* TabStrip::activeItem() const
+TabItemView* TabStrip::activeItem() const
 {
     const auto active = std::ranges::find_if(m_items, &TabItemView::isActive);
     return active == m_items.end() ? nullptr : *active;

@@ -34,7 +34,7 @@ private:
     void place(Reveal reveal);
     int widthOf(const TabItemView& item) const;
     int leftOf(const TabItemView& item) const; ///< in the whole row
-    const TabItemView* activeItem() const; ///< null when there is none
+    TabItemView* activeItem() const; ///< null when there is none
     int fadeWidth() const;
     int offsetShowingActive(int offset) const;
     int contentWidth() const;
