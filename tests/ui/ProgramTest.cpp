@@ -4,9 +4,12 @@
 #include "app/window/panels/FileDetails.h"
 #include "support/ManualScheduler.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fstream>
 
 namespace quillmark::test {
 namespace {

@@ -17,7 +17,7 @@ void AppState::openRecovered(const RecoveredEntry& entry)
         view->insertText(text->text()); // as if it were typed: then it is saved as words are that were typed
         view->select(Selection::at({0}));
         view->scrollToCaret();
-        view->becomeFirstResponder().emit();
+        view->becomeFirstResponder();
     });
 }
 
