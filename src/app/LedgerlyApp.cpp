@@ -31,7 +31,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
     , m_recovery(m_files, m_scheduler, m_log, m_paths.recovered())
     , m_writer(m_files, m_recovery, m_scheduler)
     , m_defaults(m_files, m_writer, m_scheduler, m_log, m_paths.settings())
-    , m_trash(m_scheduler, m_log)
+    , m_trash(m_scheduler, m_files, m_log)
     , m_fileManager(m_scheduler, m_log)
     , m_appearance(m_scheduler)
     , m_watching(m_scheduler, m_files, m_log)

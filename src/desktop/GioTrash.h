@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Scheduler.h"
+#include "platform/FileSystem.h"
 #include "platform/Log.h"
 #include "platform/Trash.h"
 
@@ -9,17 +10,21 @@ namespace quillmark {
 
 class GioTrash final : public Trash {
 public:
-    GioTrash(Scheduler& scheduler, Log& log); ///< both outlive it and the scheduler's background work
+    /// They outlive it and the scheduler's background work.
+    GioTrash(Scheduler& scheduler, FileSystem& disk, Log& log);
 
-    void recycle(const std::filesystem::path& file) override;
+    using Trash::recycle;
+    void recycle(const Path& file, Done done) override;
+    void restore(const Path& original, Place place) override;
 
 private:
     Scheduler& m_scheduler;
+    FileSystem& m_disk;
     Log& m_log;
 };
 
-/// Moves a file to the wastebasket before it returns. Empty when that went well, else what went wrong. A file
-/// that the wastebasket destroyed instead of keeping it is written anew under its name. Any thread.
-std::string moveToTrash(const std::filesystem::path& file);
+/// Moves a file to the wastebasket before it returns. A file that the wastebasket destroyed instead of
+/// keeping it is written anew under its name, which counts as a failure. Any thread.
+Status moveToTrash(const Path& file);
 
 } // namespace quillmark

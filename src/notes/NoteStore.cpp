@@ -8,6 +8,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 
 namespace quillmark {
@@ -32,6 +33,7 @@ TitleAndPreview titleAndPreviewOf(const Rope& text)
 
 NoteStore::NoteStore(NoteStoreServices services)
     : m_services(std::move(services))
+    , m_self(this, [](NoteStore*) {})
 {
     useFolder(resolveFolder());
 }
@@ -238,7 +240,7 @@ Status NoteStore::moveToName(const Note& note, std::string_view baseName)
     return {};
 }
 
-void NoteStore::trashNote(Note note)
+void NoteStore::trashNote(Note note, Trash::Done done)
 {
     m_renameTasks.erase(note.id);
     if (!m_services.writeQueue.finish(note.url)) {
@@ -246,11 +248,52 @@ void NoteStore::trashNote(Note note)
             (void)m_services.recovery.keep(*text, note.url);
         m_services.writeQueue.discard(note.url);
     }
-    m_services.trash.recycle(note.url);
+    m_services.trash.recycle(note.url, std::move(done));
     m_services.known.rememberMissing(note.url); // also for another record of this path
     m_notes.modify([&](Notes& all) {
         return std::erase_if(all, [&](const Note& other) { return other.id == note.id; }) > 0;
     });
+}
+
+void NoteStore::restoreTrashedNote(const Note& note, std::function<void(const Result<Note>&)> done)
+{
+    assert(done);
+    m_services.trash.restore(note.url,
+        [self = std::weak_ptr(m_self), note, done = std::move(done)](const Result<Path>& trashed) -> Status {
+            const auto store = self.lock();
+            if (!store)
+                return systemFailure(ECANCELED);
+            const Result<Note> back
+                = trashed ? store->takeBack(*trashed, note) : std::unexpected(trashed.error());
+            if (!back)
+                store->m_services.log.line("Ledgerly: restore failed: " + back.error().message);
+            done(back);
+            return back ? Status() : std::unexpected(back.error());
+        });
+}
+
+Result<Note> NoteStore::takeBack(const Path& trashed, Note note)
+{
+    const Path folder = note.url.parent_path();
+    if (auto status = m_services.files.makeFolders(folder); !status)
+        return std::unexpected(status.error());
+    const auto target = makeFile(folder, fileStem(note.url),
+        [&](const Path& free) { return m_services.files.renameNoReplace(trashed, free); });
+    if (!target)
+        return std::unexpected(target.error());
+    m_services.known.forget(*target); // it was known as missing
+    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, *target));
+    note.id = Uuid::random();
+    note.url = *target;
+    note.title = std::move(title);
+    note.preview = std::move(preview);
+    if (const auto info = m_services.files.stat(*target)) {
+        note.modifiedAt = info->modified;
+        note.byteSize = info->size;
+    }
+    if (folder == folderURL.get()) // else it is a file of the folder that was left
+        insertInFront(note);
+    return note;
 }
 
 std::optional<Note> NoteStore::duplicateNote(Note note)

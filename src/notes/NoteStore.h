@@ -86,8 +86,12 @@ public:
     /// An empty "Untitled" note in front of the list. Its file never replaces another one; when it cannot be
     /// made, the first save makes it.
     Note createNote();
-    /// Asks for the file to be moved to the Trash and drops the record.
-    void trashNote(Note note);
+    /// Asks for the file to be moved to the Trash and drops the record. `done`, when there is one, hears
+    /// whether the Trash has the file; one that stayed is listed again by the next sync.
+    void trashNote(Note note, Trash::Done done = nullptr);
+    /// Takes the note's file out of the Trash again, under the first free name of its folder, as a new record
+    /// in front of the list. `done` gets that record, or why there is none; not once the store is gone.
+    void restoreTrashedNote(const Note& note, std::function<void(const Result<Note>&)> done);
     std::optional<Note> duplicateNote(Note note); ///< nothing when the file could not be copied
     void saveNoteText(const Rope& text, Uuid id); ///< with line feeds, and updates the record
     /// Keeps a text that could not be saved over `url` as a new note beside it. Nothing when that failed too:
@@ -122,6 +126,7 @@ private:
         const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make);
     bool isPromised(const Path& url) const;
     Status moveToName(const Note& note, std::string_view baseName);
+    Result<Note> takeBack(const Path& trashed, Note note);
     void insertInFront(Note note);
     void update(const Note& note);
 
@@ -140,6 +145,7 @@ private:
     std::unordered_map<Uuid, FileStamp> m_reported; ///< other programs' versions that were heard of
     std::unordered_map<Uuid, Task> m_renameTasks;
     Signal<> m_renamed;
+    std::shared_ptr<NoteStore> m_self; ///< owns nothing; gone with the store, for what comes later
 };
 
 } // namespace quillmark

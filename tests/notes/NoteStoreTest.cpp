@@ -151,6 +151,34 @@ TEST_F(NoteStoreTest, TrashingDropsTheRecordAndItsRename)
     EXPECT_TRUE(disk.calls().empty());
 }
 
+TEST_F(NoteStoreTest, ATrashedNoteComesBackUnderAFreeName)
+{
+    putNote("Plan.txt", "old words");
+    const Note plan = open().notes->front();
+    bool isInTrash = false;
+    store->trashNote(plan, [&](const Status& recycled) { isInTrash = recycled.has_value(); });
+    scheduler.settle();
+    EXPECT_TRUE(isInTrash);
+
+    putNote("Plan.txt", "theirs");
+    store->syncWithDisk();
+    store->onExternalChanges = [](const auto&, const auto&) { FAIL() << "nobody else has changed it"; };
+    std::optional<Note> back;
+    const auto take
+        = [&](const Result<Note>& restored) { back = restored ? std::optional(*restored) : std::nullopt; };
+    store->restoreTrashedNote(plan, take);
+    scheduler.settle();
+    ASSERT_TRUE(back);
+    EXPECT_EQ(only(), *back);
+    EXPECT_EQ(back->title, "old words");
+    EXPECT_EQ(disk.bytes(note("Plan 2.txt")), "old words");
+    EXPECT_EQ(disk.bytes(note("Plan.txt")), "theirs");
+    store->syncWithDisk();
+    store->restoreTrashedNote(plan, take);
+    scheduler.settle();
+    EXPECT_FALSE(back) << "the Trash had it once";
+}
+
 TEST_F(NoteStoreTest, AQueuedTextGoesToTheTrashWithItsNote)
 {
     const Note note = open().createNote();

@@ -23,7 +23,11 @@ template <class Scheduler> struct RealWorld {
     PosixFileSystem disk;
     RecordingLog log;
     MemoryDefaults defaults;
-    RecordingTrash trash{[](const Path& file) { std::filesystem::remove(file); }};
+    RecordingTrash trash{scheduler, [this](const Path& file) {
+                             const Path place = home / ("trashed " + file.filename().native());
+                             std::filesystem::rename(file, place);
+                             return place;
+                         }};
     RecordingAppearance appearance;
     RecordingFileManager fileManager;
     FakeClipboard clipboard;

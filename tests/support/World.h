@@ -28,11 +28,13 @@ struct World {
     MemoryDefaults defaults;
     RecordingAppearance appearance;
     int trashed = 0;
-    RecordingTrash trash{[this](const Path& file) {
-        if (const auto bytes = disk.bytes(file))
-            disk.putFile(Path(wastebasket) / std::to_string(++trashed), *bytes);
-        disk.erase(file);
-    }};
+    RecordingTrash trash{scheduler, [this](const Path& file) {
+                             const Path place = Path(wastebasket) / std::to_string(++trashed);
+                             if (const auto bytes = disk.bytes(file))
+                                 disk.putFile(place, *bytes);
+                             disk.erase(file);
+                             return place;
+                         }};
     RecoveryStore recovery{disk, scheduler, log, recovered};
     DocumentWriter writer{disk, recovery, scheduler};
     FakeFileWatching watching{disk};

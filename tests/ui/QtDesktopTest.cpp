@@ -1,5 +1,6 @@
 #include "desktop/GioTrash.h"
 #include "desktop/QtClipboard.h"
+#include "io/PosixFileSystem.h"
 #include "support/ManualScheduler.h"
 #include "support/RecordingLog.h"
 #include "support/TestEnvironment.h"
@@ -26,32 +27,67 @@ std::string bytesOf(const std::filesystem::path& file)
 
 } // namespace
 
-TEST(GioTrash, MovesFilesOnABackgroundThreadAndKeepsTheirBytes)
-{
+struct GioTrashTest : testing::Test {
     const test::TemporaryFolder folder;
     test::ManualScheduler scheduler;
     test::RecordingLog log;
-    GioTrash trash(scheduler, log);
+    PosixFileSystem disk;
+    GioTrash trash{scheduler, disk, log};
+    std::vector<bool> outcomes;
+
+    void recycle(const Path& file)
+    {
+        trash.recycle(file, [this](const Status& recycled) { outcomes.push_back(recycled.has_value()); });
+    }
+};
+
+TEST_F(GioTrashTest, MovesFilesOnABackgroundThreadAndKeepsTheirBytes)
+{
     const auto file = folder / "Список \xFF.txt"; // the name is not valid UTF-8
     std::ofstream(file) << "молоко";
 
-    trash.recycle(file);
+    recycle(file);
     EXPECT_TRUE(exists(file));
     scheduler.settle();
     EXPECT_FALSE(exists(file));
     EXPECT_EQ(bytesOf(wastebasket() / file.filename()), "молоко");
     EXPECT_TRUE(log.lines().empty());
-}
 
-TEST(GioTrash, LogsAFailure)
-{
-    const test::TemporaryFolder folder;
-    test::ManualScheduler scheduler;
-    test::RecordingLog log;
-    GioTrash trash(scheduler, log);
-    trash.recycle(folder / "nothing.txt");
+    recycle(folder / "nothing.txt");
     scheduler.settle();
     EXPECT_EQ(log.lines().size(), 1U);
+    EXPECT_EQ(outcomes, (std::vector<bool>{true, false}));
+}
+
+TEST_F(GioTrashTest, GivesBackTheLastFileOfThatPath)
+{
+    const auto file = folder / "100% \xFF.txt";
+    for (const char* words : {"older", "newer"}) {
+        std::ofstream(file) << words;
+        trash.recycle(file);
+        scheduler.settle();
+    }
+    const auto restored = folder / "back.txt";
+    const auto place = [&](const Result<Path>& trashed) {
+        return trashed ? disk.renameNoReplace(*trashed, restored) : Status();
+    };
+    trash.restore(file, place);
+    scheduler.settle();
+    EXPECT_EQ(bytesOf(restored), "newer");
+    trash.restore(file, place); // refused: something is there
+    scheduler.settle();
+    std::filesystem::remove(restored);
+    trash.restore(file, place);
+    scheduler.settle();
+    EXPECT_EQ(bytesOf(restored), "older");
+    EXPECT_TRUE(std::filesystem::is_empty(wastebasket().parent_path() / "info"));
+    bool isMissing = false;
+    trash.restore(file, [&](const Result<Path>& trashed) {
+        isMissing = !trashed;
+        return Status();
+    });
+    scheduler.settle();
+    EXPECT_TRUE(isMissing);
 }
 
 TEST(QtClipboard, KeepsEveryUnit)
