@@ -74,6 +74,7 @@ struct Publication {
     std::function<Status(File&)> prepare; ///< may be empty
     MayPublish mayPublish; ///< may be empty
     std::function<Status(const Path& temporary)> rename;
+    std::function<Error(Error)> refusal = std::identity(); ///< what the folder's own refusal is reported as
 };
 
 Result<WrittenFile> complete(File& file, const FileContent& content, const Publication& publication)
@@ -99,11 +100,11 @@ Result<WrittenFile> publish(
 {
     const auto temporary = createTemporary(disk, folder, publication.mode);
     if (!temporary)
-        return std::unexpected(temporary.error());
+        return std::unexpected(publication.refusal(temporary.error()));
     auto written = complete(*temporary->file, content, publication);
     if (written) {
         if (auto status = publication.rename(temporary->path); !status)
-            written = std::unexpected(status.error());
+            written = std::unexpected(publication.refusal(status.error()));
     }
     if (!written) {
         static_cast<void>(disk.remove(temporary->path));
@@ -172,7 +173,13 @@ Result<WrittenFile> replaceFile(
         {.mode = privateMode,
             .prepare = [&](File& temporary) { return temporary.copyAttributes(target); },
             .mayPublish = mayPublish,
-            .rename = [&](const Path& temporary) { return disk.rename(temporary, target); }});
+            .rename = [&](const Path& temporary) { return disk.rename(temporary, target); },
+            .refusal =
+                [](Error error) {
+                    if (error.code == EACCES || error.code == EPERM)
+                        error.code = refusedByFolder;
+                    return error;
+                }});
 }
 
 Result<WrittenFile> createFile(FileSystem& disk, const Path& target, uint32_t mode,

@@ -30,8 +30,11 @@ Result<ContentHash> hashOf(const FileContent& content);
 /// Asked with the new file complete and synced, right before it gets its name: an error stops that.
 using MayPublish = std::function<Status(const WrittenFile&)>;
 
-/// The content replaces the regular file `target`, whose mode, attributes and owner it is given. Not for
-/// links. After an error the old file is untouched, unless only the last step, syncing the folder, failed.
+inline constexpr int refusedByFolder = -2; ///< Error::code: this user may put no file in the old one's place
+
+/// The content replaces the regular file `target`, whose mode, attributes and owner it is given as far as
+/// they can be. Not for links. After an error the old file is untouched, unless only the last step, syncing
+/// the folder, failed.
 Result<WrittenFile> replaceFile(
     FileSystem& disk, const Path& target, const FileContent& content, const MayPublish& mayPublish = nullptr);
 

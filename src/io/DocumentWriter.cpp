@@ -28,7 +28,7 @@ Result<SavedFile> DocumentWriter::write(
 {
     Save save{.path = path, .outsideVersion = outsideVersion};
     auto saved = write(
-        contentOf(text, lineEnds), path, [&](const WrittenFile& ready) { return comeToTerms(save, ready); });
+        contentOf(text, lineEnds), path, [&](const WrittenFile& ready) { return mayReplace(save, ready); });
     if (saved) {
         m_known.remember(path, FileStamp(saved->info, saved->hash));
         saved->hasReplacedOutsideVersion = save.hasReplacedOutsideVersion;
@@ -43,7 +43,7 @@ Result<SavedFile> DocumentWriter::write(std::string_view bytes, const Path& path
 
 /// The new file is ready to take the place of the old one: is that still the one we know? Keeping a version
 /// takes time, in which the next one may have come.
-Status DocumentWriter::comeToTerms(Save& save, const WrittenFile& ready)
+Status DocumentWriter::mayReplace(Save& save, const WrittenFile& ready)
 {
     bool isSettled = false;
     for (int look = 0; !isSettled && look < mostLooks; ++look) {
@@ -98,8 +98,7 @@ Result<SavedFile> DocumentWriter::write(
         return systemFailure(EACCES);
     const auto written = present ? replaceFile(m_disk, *target, content, mayPublish)
                                  : createFile(m_disk, *target, newFileMode, content, mayPublish);
-    const bool isRefused = !written && (written.error().code == EACCES || written.error().code == EPERM);
-    if (present && isRefused)
+    if (!written && written.error().code == refusedByFolder)
         return overwrite(content, *target, mayPublish);
     if (!written)
         return std::unexpected(written.error());

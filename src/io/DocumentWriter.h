@@ -29,11 +29,11 @@ class DocumentWriter {
 public:
     DocumentWriter(FileSystem& disk, RecoveryStore& recovery, Scheduler& scheduler);
 
-    /// Returns when the text is on the disk. A file that is there is replaced; where its folder refuses new
-    /// files but the file may be written, its old bytes are kept in the recovery folder while it is
-    /// overwritten. A file without write permission (EACCES), a folder (EISDIR) and a device (EINVAL) are
-    /// never touched. A file that is not there appears complete, with mode 0666 less the umask; EEXIST when
-    /// another program was quicker.
+    /// Returns when the text is on the disk. A file that is there is replaced; where its folder refuses that
+    /// but the file may be written, its old bytes are kept in the recovery folder while it is overwritten. A
+    /// file without write permission (EACCES), a folder (EISDIR) and a device (EINVAL) are never touched. A
+    /// file that is not there appears complete, with mode 0666 less the umask; EEXIST when another program
+    /// was quicker.
     Result<SavedFile> write(const Rope& text, const Path& path, LineEnds lineEnds,
         OutsideVersion outsideVersion = OutsideVersion::replaceKept);
     Result<SavedFile> write(std::string_view bytes, const Path& path); ///< of the program's own files
@@ -45,7 +45,7 @@ private:
     struct Save;
     Result<SavedFile> write(const FileContent& content, const Path& path, const MayPublish& mayPublish);
     Result<SavedFile> overwrite(const FileContent& content, const Path& target, const MayPublish& mayPublish);
-    Status comeToTerms(Save& save, const WrittenFile& ready);
+    Status mayReplace(Save& save, const WrittenFile& ready);
     Result<bool> keepUnseenVersion(Save& save, const WrittenFile& ready);
     void tidy(const Path& folder);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -39,23 +40,38 @@ bool belongsTo(gid_t group)
     return count > 0 && std::find(groups.begin(), groups.begin() + count, group) != groups.begin() + count;
 }
 
-/// The extended attributes, access control list included. Those that this user may not set stay behind.
-void copyExtendedAttributes(const Path& model, int descriptor)
+std::optional<std::string> attributeOf(const Path& file, const char* name)
+{
+    const ssize_t size = getxattr(file.c_str(), name, nullptr, 0);
+    std::string value(static_cast<size_t>(std::max<ssize_t>(0, size)), '\0');
+    if (size < 0 || getxattr(file.c_str(), name, value.data(), value.size()) != size)
+        return std::nullopt;
+    return value;
+}
+
+/// The extended attributes, access control list included. Those that this user may not set stay behind. False
+/// when the file ends up with another list than the model, which would turn its mode's group bits into
+/// permissions that nobody gave.
+bool copyExtendedAttributes(const Path& model, int descriptor)
 {
     std::string names(static_cast<size_t>(std::max<ssize_t>(0, listxattr(model.c_str(), nullptr, 0))), '\0');
     const ssize_t length = listxattr(model.c_str(), names.data(), names.size());
     names.resize(static_cast<size_t>(std::max<ssize_t>(0, length)));
     bool hasList = false;
+    bool hasCopiedList = false;
     for (size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
         const char* name = names.c_str() + start;
-        hasList |= std::string_view(name) == accessControlList;
-        std::string value(
-            static_cast<size_t>(std::max<ssize_t>(0, getxattr(model.c_str(), name, nullptr, 0))), '\0');
-        if (getxattr(model.c_str(), name, value.data(), value.size()) == static_cast<ssize_t>(value.size()))
-            fsetxattr(descriptor, name, value.data(), value.size(), 0);
+        const auto value = attributeOf(model, name);
+        const bool isCopied = value && fsetxattr(descriptor, name, value->data(), value->size(), 0) == 0;
+        if (std::string_view(name) == accessControlList) {
+            hasList = true;
+            hasCopiedList = isCopied;
+        }
     }
-    if (!hasList)
-        fremovexattr(descriptor, accessControlList); // one that the folder gave it
+    if (hasList)
+        return hasCopiedList;
+    return fremovexattr(descriptor, accessControlList) == 0 // one that the folder gave it
+        || errno == ENODATA || errno == ENOTSUP;
 }
 
 } // namespace
@@ -144,14 +160,13 @@ Status PosixFile::copyAttributes(const Path& model)
         = wanted.st_gid == present.st_gid || fchown(file, static_cast<uid_t>(-1), wanted.st_gid) == 0;
     const bool hasOwner
         = wanted.st_uid == present.st_uid || fchown(file, wanted.st_uid, static_cast<gid_t>(-1)) == 0;
-    copyExtendedAttributes(model, file);
+    const bool hasList = copyExtendedAttributes(model, file);
     mode_t mode = wanted.st_mode & 07777u;
-    if (!hasGroup) // nobody of another group may get what the old group was given
+    if (!hasGroup || !hasList) // nobody of another group may get what the old group was given
         mode = (mode & ~(S_ISGID | 070u)) | ((mode & 07u & mode >> 3) << 3);
     if (!hasOwner)
         mode &= ~static_cast<mode_t>(S_ISUID);
-    if (fchmod(file, mode) != 0 && (present.st_mode & 07777u) != mode)
-        return systemFailure(errno);
+    static_cast<void>(fchmod(file, mode)); // what cannot be set stays as private as the file was made
     return {};
 }
 

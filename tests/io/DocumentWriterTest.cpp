@@ -114,6 +114,9 @@ TEST_F(Save, ANewFileDoesNotReplaceOneThatAppearedMeanwhile)
 TEST_F(Save, AFolderThatRefusesNewFilesIsWrittenInPlaceWithTheOldBytesKept)
 {
     putOld();
+    disk.failOnce(DiskOperation::copyAttributes, EPERM);
+    EXPECT_EQ(save("short").error().code, EPERM);
+    EXPECT_EQ(disk.bytes("/d/a"), before) << "whoever reads meanwhile would see mixed text";
     disk.setMode("/d", 0555);
     const uint64_t inode = disk.infoOf("/d/a").inode;
     bool sawCopy = false;
