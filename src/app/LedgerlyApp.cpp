@@ -52,7 +52,7 @@ LedgerlyApp::LedgerlyApp(const CommandLine& commandLine, QtScheduler& scheduler,
         .recovery = m_recovery,
         .watching = m_watching,
         .defaultNotesFolder = m_paths.documents / "Notes",
-        .journalFolder = m_paths.journal(),
+        .journalFolders = m_paths.journal(),
     });
     m_delegate.applicationDidFinishLaunching();
     m_window = std::make_unique<ContentView>(*m_app, m_scheduler, m_clipboard, m_fileManager);

@@ -53,7 +53,7 @@ AppState::Impl::Impl(AppState& owner, AppServices world)
     , services(std::move(world))
     , writeQueue(services.scheduler, services.writer, services.log,
           [this](const WriteQueue::Outcome& outcome) { queuedWriteEnded(outcome); })
-    , journal(services.files, services.scheduler, services.recovery, services.log, services.journalFolder,
+    , journal(services.files, services.scheduler, services.recovery, services.log, services.journalFolders,
           [this](const Uuid& id) { return journalSnapshot(id); })
 {
 }

@@ -10,6 +10,7 @@
 #include "core/RecoveredTexts.h"
 #include "editor/PlainTextView.h"
 #include "io/DocumentWriter.h"
+#include "io/JournalFiles.h"
 #include "io/RecoveryStore.h"
 #include "io/TextFileReader.h"
 #include "io/WriteQueue.h"
@@ -38,7 +39,7 @@ struct AppServices {
     RecoveryStore& recovery;
     FileWatching& watching;
     Path defaultNotesFolder;
-    Path journalFolder; ///< of this program alone: holds the text of documents while they are dirty
+    JournalFolders journalFolders; ///< hold the text of documents while they are dirty
 };
 
 class AppState {

@@ -194,6 +194,19 @@ Status PosixFileSystem::makeFolders(const Path& folder)
     return systemFailure(info ? ENOTDIR : failure);
 }
 
+Status PosixFileSystem::makePrivateFolder(const Path& folder)
+{
+    if (mkdir(folder.c_str(), S_IRWXU) == 0)
+        return {};
+    struct ::stat present;
+    if (errno != EEXIST || lstat(folder.c_str(), &present) != 0)
+        return systemFailure(errno);
+    if (!S_ISDIR(present.st_mode))
+        return systemFailure(ENOTDIR);
+    const bool isOurs = present.st_uid == geteuid() && !(present.st_mode & (S_IWGRP | S_IWOTH));
+    return isOurs ? Status() : systemFailure(EPERM);
+}
+
 Status PosixFileSystem::syncFolder(const Path& folder)
 {
     const Path named = folder.empty() ? Path(".") : folder;

@@ -50,9 +50,16 @@ Result<Path> RecoveryStore::keepContent(const FileContent& content, const Path& 
 Result<Path> RecoveryStore::adopt(const Path& file, const Path& original)
 {
     return keepAs(original, [&](const Path& free) -> Status {
-        if (auto status = m_disk.renameNoReplace(file, free); !status)
-            return status;
-        return m_disk.syncFolder(m_folder);
+        const Status moved = m_disk.renameNoReplace(file, free);
+        if (moved)
+            return m_disk.syncFolder(m_folder);
+        if (moved.error().code != EXDEV)
+            return moved;
+        const auto copied = createFile(m_disk, free, ownerOnly, contentOfFile(m_disk, file));
+        if (!copied)
+            return std::unexpected(copied.error());
+        static_cast<void>(m_disk.remove(file));
+        return {};
     });
 }
 

@@ -30,7 +30,7 @@ public:
     Result<Path> keep(const Rope& text, const Path& original);
     Result<Path> keepBytes(std::string_view bytes, const Path& original);
     Result<Path> keepCopy(const Path& file);
-    /// Moves a file on the same disk here, whatever it is called now. Needs no space.
+    /// Moves a file here, whatever it is called now. Needs no space when it is on the same disk.
     Result<Path> adopt(const Path& file, const Path& original);
 
     /// Newest first; empty when nothing was ever kept.

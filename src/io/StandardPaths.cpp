@@ -71,6 +71,14 @@ Environment processEnvironment()
     };
 }
 
+JournalFolders StandardPaths::journal() const
+{
+    JournalFolders folders{.own = state / "journal", .fallbacks = {}, .lastResorts = {temporary}};
+    if (runtime)
+        folders.fallbacks.push_back(*runtime);
+    return folders;
+}
+
 StandardPaths StandardPaths::find(FileSystem& disk, const Environment& environment)
 {
     const Path home = homeFolder(environment);
@@ -79,7 +87,12 @@ StandardPaths StandardPaths::find(FileSystem& disk, const Environment& environme
         .config = config / program,
         .state = baseFolder(environment, "XDG_STATE_HOME", home / ".local/state") / program,
         .documents = home / "Documents",
+        .runtime = std::nullopt,
+        .temporary
+        = baseFolder(environment, "TMPDIR", "/tmp") / (std::string(program) + "-" + std::to_string(getuid())),
     };
+    if (const Path runtime = baseFolder(environment, "XDG_RUNTIME_DIR", {}); !runtime.empty())
+        paths.runtime = runtime / program;
     const auto userDirs = readFile(disk, config / "user-dirs.dirs", largestUserDirs);
     std::string_view rest = userDirs ? std::string_view(userDirs->bytes) : std::string_view();
     while (!rest.empty()) {

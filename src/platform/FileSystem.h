@@ -52,7 +52,8 @@ public:
     virtual Status sync() = 0; ///< returns once the bytes are on the disk
     virtual bool tryLock()
         = 0; ///< advisory, exclusive, gone with the File; false when somebody else holds it
-    /// Gives this file the mode, extended attributes and, as far as permitted, the owner of `model`.
+    /// Gives this file, which only its owner may read, the owner, extended attributes and mode of `model`, as
+    /// far as permitted: nobody gets more than `model` grants.
     virtual Status copyAttributes(const Path& model) = 0;
 };
 
@@ -72,6 +73,9 @@ public:
     virtual Status renameNoReplace(const Path& from, const Path& to) = 0; ///< EEXIST when `to` is there
     virtual Status remove(const Path& path) = 0; ///< a file or a symbolic link
     virtual Status makeFolders(const Path& folder) = 0; ///< with those above it; fine when it is there
+    /// Makes a folder that only this user may enter; fine when it is there. For a place that others share:
+    /// ENOTDIR when there is something else, a link too, EPERM when others own the folder or may write to it.
+    virtual Status makePrivateFolder(const Path& folder) = 0;
     virtual Status syncFolder(const Path& folder) = 0; ///< returns once the entries are on the disk
 
     bool exists(const Path& path) { return stat(path).has_value(); }

@@ -28,6 +28,12 @@ protected:
         ASSERT_EQ((*file)->write(std::as_bytes(std::span(bytes))), bytes.size());
     }
 
+    void setMode(const Path& path, uint32_t mode)
+    {
+        m_isReal ? std::filesystem::permissions(path, std::filesystem::perms(mode))
+                 : m_inMemory.setMode(path, mode);
+    }
+
     std::string read(const Path& path)
     {
         auto file = disk.openForReading(path);
@@ -48,8 +54,9 @@ protected:
         return result;
     }
 
-private:
     const bool m_isReal = GetParam() == Kind::real;
+
+private:
     TemporaryFolder m_folder;
     PosixFileSystem m_real;
     ManualScheduler m_clock;
@@ -144,6 +151,22 @@ TEST_P(FileSystemContract, FoldersAreMadeWithThoseAbove)
     EXPECT_EQ(codeOf(disk.makeFolders(at("file"))), ENOTDIR);
     EXPECT_TRUE(disk.syncFolder(root()));
     EXPECT_EQ(codeOf(disk.syncFolder(at("none"))), ENOENT);
+}
+
+TEST_P(FileSystemContract, APrivateFolderIsNobodyElses)
+{
+    EXPECT_TRUE(disk.makePrivateFolder(at("own")));
+    EXPECT_TRUE(disk.makePrivateFolder(at("own")));
+    EXPECT_EQ(disk.stat(at("own")).value().mode, 0700u);
+    EXPECT_EQ(codeOf(disk.makePrivateFolder(at("none") / "own")), ENOENT);
+    write(at("file"), "x");
+    EXPECT_EQ(codeOf(disk.makePrivateFolder(at("file"))), ENOTDIR);
+    if (m_isReal) {
+        std::filesystem::create_symlink(at("own"), at("link"));
+        EXPECT_EQ(codeOf(disk.makePrivateFolder(at("link"))), ENOTDIR);
+    }
+    setMode(at("own"), 0777);
+    EXPECT_EQ(codeOf(disk.makePrivateFolder(at("own"))), EPERM);
 }
 
 } // namespace

@@ -18,23 +18,22 @@ protected:
     }
 
     /// The journalled texts. Locks are none.
-    std::vector<std::string> journalled() const
+    std::vector<std::string> journalled(const Path& folder = "/state/journal") const
     {
         std::vector<std::string> result;
-        for (const std::string& name : disk.names("/state/journal")) {
+        for (const std::string& name : disk.names(folder)) {
             if (!name.ends_with(".lock"))
-                result.push_back(disk.bytes(Path("/state/journal") / name).value());
+                result.push_back(disk.bytes(folder / name).value());
         }
         return result;
     }
 
     std::unique_ptr<Journal> makeJournal()
     {
-        return std::make_unique<Journal>(
-            disk, scheduler, recovery, log, "/state/journal", [this](const Uuid&) {
-                ++snapshots;
-                return std::optional(Journal::Snapshot{.original = "/d/заметка.txt", .text = text});
-            });
+        return std::make_unique<Journal>(disk, scheduler, recovery, log, folders, [this](const Uuid&) {
+            ++snapshots;
+            return std::optional(Journal::Snapshot{.original = "/d/заметка.txt", .text = text});
+        });
     }
 
     void pass(Duration time)
@@ -44,30 +43,29 @@ protected:
     }
 
     using Texts = std::vector<std::string>;
+    const JournalFolders folders{.own = "/state/journal", .fallbacks = {"/run/q"}, .lastResorts = {"/tmp/q"}};
     const Uuid document = Uuid::random();
     Rope text;
     int snapshots = 0;
     std::unique_ptr<Journal> journal = makeJournal();
 };
 
-TEST_F(JournalOfDirtyText, IsWrittenWithinASecondOfAKeyHoweverManyFollow)
+TEST_F(JournalOfDirtyText, IsWrittenSoonAndWithinASecondOfAKeyHoweverManyFollow)
 {
+    type(u"x");
+    pass(200ms);
+    EXPECT_EQ(journalled(), Texts{"x"}) << "the first key is in no older journal";
     for (int i = 0; i < 28; ++i) {
         type(u"x");
         pass(100ms);
     }
-    EXPECT_EQ(snapshots, 4);
-    EXPECT_EQ(journalled(), Texts{std::string(28, 'x')});
+    EXPECT_EQ(snapshots, 5);
+    EXPECT_EQ(journalled(), Texts{std::string(29, 'x')});
     pass(1h);
-    EXPECT_EQ(snapshots, 4) << "no key, no write";
-    type(u"y");
-    pass(699ms);
-    EXPECT_EQ(snapshots, 4);
-    pass(1ms);
-    EXPECT_EQ(journalled(), Texts{std::string(28, 'x') + "y"});
+    EXPECT_EQ(snapshots, 5) << "no key, no write";
 }
 
-TEST_F(JournalOfDirtyText, ALargeTextIsWrittenLessOften)
+TEST_F(JournalOfDirtyText, ALargeTextIsWrittenLessOftenSavedMeanwhileOrNot)
 {
     disk.setHook([this](const FakeFileSystem::Call& call) {
         if (call.operation == DiskOperation::sync)
@@ -75,8 +73,9 @@ TEST_F(JournalOfDirtyText, ALargeTextIsWrittenLessOften)
     });
     text = Rope(std::u16string(1'200'000, u'x'));
     type(u"1");
-    pass(1s);
+    pass(200ms);
     EXPECT_EQ(snapshots, 1);
+    journal->saved(document, journal->version(document));
     type(u"2");
     pass(4900ms);
     EXPECT_EQ(snapshots, 1);
@@ -143,12 +142,12 @@ TEST_F(JournalOfDirtyText, AKilledProcessIsFoundByTheNextStartALiveOneIsNot)
 
 TEST_F(JournalOfDirtyText, AFullDiskIsLoggedOnceAndTheTextArrivesLater)
 {
-    disk.failAlways(DiskOperation::write, ENOSPC);
+    disk.failAlways(DiskOperation::write, ENOSPC); // there is no other folder either
     type(u"one");
     pass(1s);
     type(u" two");
     pass(1s);
-    EXPECT_EQ(log.lines(), std::vector<std::string>{"Quillmark: journal not written: На диске нет места"});
+    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: На диске нет места"});
     EXPECT_EQ(journalled(), Texts{});
     disk.heal();
     pass(2s);
@@ -161,6 +160,54 @@ TEST_F(JournalOfDirtyText, AFullDiskIsLoggedOnceAndTheTextArrivesLater)
     disk.heal();
     EXPECT_EQ(other->recoverLeftovers(), 1u);
     EXPECT_EQ(recovered(), Texts{"one two"});
+}
+
+TEST_F(JournalOfDirtyText, WhereItsFolderRefusesAnotherTakesItAndTheNextStartFindsBoth)
+{
+    disk.putFolder("/run");
+    disk.putFolder("/tmp");
+    type(u"one");
+    pass(1s);
+    disk.failAlways(DiskOperation::write, ENOSPC, "/state");
+    type(u" two");
+    pass(1s);
+    EXPECT_EQ(journalled("/run/q"), Texts{"one two"});
+    EXPECT_EQ(journalled(), Texts{}) << "the older text would only confuse";
+    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: На диске нет места; kept in /run/q"});
+    disk.heal();
+    type(u" three");
+    pass(1s);
+    EXPECT_EQ(journalled(), Texts{"one two three"});
+    EXPECT_EQ(journalled("/run/q"), Texts{});
+
+    disk.failAlways(DiskOperation::write, EROFS, "/state");
+    disk.failAlways(DiskOperation::write, ENOSPC, "/run");
+    type(u" four");
+    pass(1min);
+    EXPECT_EQ(journalled("/tmp/q"), Texts{}) << "only the end of the program is in such a need";
+    type(u" five");
+    journal->finish();
+    EXPECT_EQ(journalled("/tmp/q"), Texts{"one two three four five"});
+
+    disk.crash(FakeFileSystem::UnsyncedEntries::kept);
+    disk.heal();
+    disk.failAlways(DiskOperation::renameNoReplace, EXDEV, "/tmp"); // another disk
+    EXPECT_EQ(makeJournal()->recoverLeftovers(), 1u);
+    EXPECT_EQ(recovered(), Texts{"one two three four five"});
+    EXPECT_TRUE(disk.names("/tmp/q").empty());
+}
+
+TEST_F(JournalOfDirtyText, NobodyElsesFolderIsUsedOrEmptied)
+{
+    disk.putFolder("/run/q");
+    disk.setMode("/run/q", 0777);
+    const std::string process = Uuid::random().toString();
+    disk.putFile(Path("/run/q") / (process + "." + document.toString() + ".Plan.txt"), "theirs");
+    EXPECT_EQ(journal->recoverLeftovers(), 0u);
+    disk.failAlways(DiskOperation::write, ENOSPC, "/state");
+    type(u"mine");
+    pass(1s);
+    EXPECT_EQ(journalled("/run/q"), Texts{"theirs"});
 }
 
 } // namespace

@@ -455,6 +455,17 @@ Status FakeFileSystem::makeFolders(const Path& folder)
     });
 }
 
+Status FakeFileSystem::makePrivateFolder(const Path& folder)
+{
+    return perform(DiskOperation::makeFolders, folder, [&] {
+        if (!m_tree.contains(clean(folder))) {
+            writableFolderOf(folder);
+            put(folder, make(FileInfo::Kind::folder, 0700));
+        }
+        require(!(findFolder(folder).info.mode & 022u), EPERM);
+    });
+}
+
 Status FakeFileSystem::syncFolder(const Path& folder)
 {
     return perform(DiskOperation::syncFolder, folder, [&] {

@@ -112,6 +112,7 @@ public:
     Status renameNoReplace(const Path& from, const Path& to) override;
     Status remove(const Path& path) override;
     Status makeFolders(const Path& folder) override;
+    Status makePrivateFolder(const Path& folder) override;
     Status syncFolder(const Path& folder) override;
 
 private:

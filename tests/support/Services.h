@@ -18,7 +18,7 @@ template <class World> AppServices appServices(World& world, Path notes, Path jo
         .recovery = world.recovery,
         .watching = world.watching,
         .defaultNotesFolder = std::move(notes),
-        .journalFolder = std::move(journal)};
+        .journalFolders = {.own = std::move(journal), .fallbacks = {}, .lastResorts = {}}};
 }
 
 template <class World> NoteStoreServices noteStoreServices(World& world, WriteQueue& queue, Path folder)
