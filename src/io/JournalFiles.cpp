@@ -71,8 +71,8 @@ Result<WrittenFile> JournalFiles::writeIn(
             return written;
     }
     const std::string prefix = place.process + "." + document.toString() + ".";
-    const std::string_view ending = nameEnding(original.filename().native(), longestName - prefix.size());
-    const Path path = place.folder / (prefix + std::string(ending));
+    const std::string name = original.filename();
+    const Path path = place.folder / (prefix + std::string(nameEnding(name, longestName - prefix.size())));
     place.texts[document] = path; // also after a failure: when syncing the folder failed, the file is there
     return createFile(m_disk, path, ownerOnly, content);
 }

@@ -162,7 +162,8 @@ TEST_F(NoteStoreTest, ATrashedNoteComesBackUnderAFreeName)
 
     putNote("Plan.txt", "theirs");
     store->syncWithDisk();
-    store->onExternalChanges = [](const auto&, const auto&) { FAIL() << "nobody else has changed it"; };
+    std::vector<Uuid> changed;
+    store->onExternalChanges = [&](const auto& ids, const auto&) { changed = ids; };
     std::optional<Note> back;
     const auto take
         = [&](const Result<Note>& restored) { back = restored ? std::optional(*restored) : std::nullopt; };
@@ -174,6 +175,7 @@ TEST_F(NoteStoreTest, ATrashedNoteComesBackUnderAFreeName)
     EXPECT_EQ(disk.bytes(note("Plan 2.txt")), "old words");
     EXPECT_EQ(disk.bytes(note("Plan.txt")), "theirs");
     store->syncWithDisk();
+    EXPECT_EQ(std::ranges::count(changed, back->id), 0) << "nobody else has changed it";
     store->restoreTrashedNote(plan, take);
     scheduler.settle();
     EXPECT_FALSE(back) << "the Trash had it once";
