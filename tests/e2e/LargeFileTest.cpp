@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 
 namespace quillmark::test {
 namespace {
@@ -46,21 +45,16 @@ int64_t difference(const XServer::Picture& a, const XServer::Picture& b)
     return count;
 }
 
-/// Pixels that have not the colour that most have.
-int64_t ink(const XServer::Picture& picture)
-{
-    std::map<uint32_t, int64_t> colours;
-    for (const uint32_t pixel : picture)
-        ++colours[pixel];
-    const auto paper = std::ranges::max_element(colours, {}, [](const auto& each) { return each.second; });
-    return std::ssize(picture) - (paper == colours.end() ? 0 : paper->second);
-}
-
 class LargeFile : public testing::Test {
 protected:
     bool showsText()
     {
-        return eventually([&] { return ink(look()) > 4'000; }, 20s);
+        return eventually(
+            [&] {
+                const auto seen = look();
+                return difference(seen, XServer::Picture(seen.size(), seen.empty() ? 0 : seen.front())) > 4'000;
+            },
+            20s);
     }
 
     /// The lower part of the window behind the sidebar, where nothing but text is, whatever stands around it.
@@ -153,11 +147,6 @@ protected:
     XServer::Area area;
 };
 
-TEST_F(LargeFile, ALogOf20MBIsEditedAtBothEnds)
-{
-    typeAtBothEnds(logOf(20'000'000));
-}
-
 TEST_F(LargeFile, ALineOf10MBIsEditedAtBothEnds)
 {
     typeAtBothEnds(lineOf(10'000'000));
@@ -166,11 +155,6 @@ TEST_F(LargeFile, ALineOf10MBIsEditedAtBothEnds)
 TEST_F(LargeFile, ALogOf100MBIsReadOnly)
 {
     readOnly(logOf(100'000'000));
-}
-
-TEST_F(LargeFile, ALineOf100MBIsReadOnly)
-{
-    readOnly(lineOf(100'000'000));
 }
 
 } // namespace
