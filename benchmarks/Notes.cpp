@@ -3,8 +3,7 @@
 #include "notes/NoteNames.h"
 #include "notes/NoteSearch.h"
 #include "support/ManualScheduler.h"
-#include "support/RealWorld.h"
-#include "support/Services.h"
+#include "support/World.h"
 
 #include <benchmark/benchmark.h>
 

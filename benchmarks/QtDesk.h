@@ -4,8 +4,7 @@
 #include "QtHeartbeat.h"
 #include "QtWindow.h"
 #include "app/window/ContentView.h"
-#include "support/RealWorld.h"
-#include "support/Services.h"
+#include "support/World.h"
 
 #include <fstream>
 

@@ -2,9 +2,9 @@
 // afterwards.
 #pragma once
 
-#include "support/AppWorld.h"
 #include "support/FakeClipboard.h"
 #include "support/FixedShaper.h"
+#include "support/World.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@ namespace quillmark::test {
 using namespace std::chrono_literals;
 using Strings = std::vector<std::string>;
 
-struct AppTest : testing::Test, AppWorld, PlainTextView::Delegate {
+struct AppTest : testing::Test, World, PlainTextView::Delegate {
     FixedShaper shaper;
     FakeClipboard clipboard;
     PlainTextView view{scheduler, shaper, clipboard};

@@ -147,14 +147,14 @@ private:
             }
             break;
         case 3:
-            if (const Path to = AppWorld::note("moved " + std::to_string(++m_version) + ".txt"); old) {
+            if (const Path to = World::note("moved " + std::to_string(++m_version) + ".txt"); old) {
                 tell("they move " + file.native() + " to " + to.native());
                 disk.move(file, to);
                 m_untouched.erase(file);
             }
             break;
         default:
-            theyWrite(AppWorld::note("new " + std::to_string(++m_version) + ".txt"), true);
+            theyWrite(World::note("new " + std::to_string(++m_version) + ".txt"), true);
         }
         if (m_random.oneIn(2)) {
             tell("heard");
@@ -171,7 +171,7 @@ private:
             return open ? open->url : tab->file()->url;
         const auto names = noteNames();
         if (m_random.oneIn(2) && !names.empty())
-            return AppWorld::note(m_random.pick(names));
+            return World::note(m_random.pick(names));
         static constexpr std::array files = {"/docs/a.txt", "/docs/b.md", "/docs/c", "/docs/missing"};
         return m_random.pick(files);
     }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "support/Repeated.h"
-#include "support/Services.h"
 #include "support/World.h"
 
 #include <cerrno>

@@ -1,20 +1,57 @@
-// Everything that the notes store and the model need of the world, each part a double that obeys the test.
+// Everything that the notes store and the model need of the world: in memory, where each part obeys the test,
+// or on the real disk, where only the desktop around it does.
 #pragma once
 
+#include "core/AppState.h"
 #include "io/DocumentWriter.h"
+#include "io/InotifyWatching.h"
+#include "io/PosixFileSystem.h"
 #include "io/RecoveryStore.h"
+#include "notes/NoteStore.h"
+#include "support/FakeClipboard.h"
 #include "support/FakeFileSystem.h"
 #include "support/FakeFileWatching.h"
 #include "support/ManualScheduler.h"
 #include "support/MemoryDefaults.h"
 #include "support/RecordingAppearance.h"
+#include "support/RecordingFileManager.h"
 #include "support/RecordingLog.h"
 #include "support/RecordingTrash.h"
+#include "support/TestEnvironment.h"
 #include "text/Unicode.h"
 
 #include <algorithm>
 
 namespace quillmark::test {
+
+template <class World> AppServices appServices(World& world, Path notes, Path journal)
+{
+    return {.scheduler = world.scheduler,
+        .files = world.disk,
+        .log = world.log,
+        .defaults = world.defaults,
+        .trash = world.trash,
+        .appearance = world.appearance,
+        .writer = world.writer,
+        .recovery = world.recovery,
+        .watching = world.watching,
+        .defaultNotesFolder = std::move(notes),
+        .journalFolders = {.own = std::move(journal), .fallbacks = {}, .lastResorts = {}}};
+}
+
+template <class World> NoteStoreServices noteStoreServices(World& world, WriteQueue& queue, Path folder)
+{
+    return {.scheduler = world.scheduler,
+        .files = world.disk,
+        .log = world.log,
+        .defaults = world.defaults,
+        .trash = world.trash,
+        .writeQueue = queue,
+        .recovery = world.recovery,
+        .known = world.writer.known(),
+        .watching = world.watching,
+        .defaultFolder = std::move(folder)};
+}
 
 struct World {
     static constexpr const char* notes = "/home/u/Documents/Notes";
@@ -41,6 +78,11 @@ struct World {
 
     World() { disk.putFolder(notes); }
 
+    std::unique_ptr<AppState> makeApp()
+    {
+        return std::make_unique<AppState>(appServices(*this, notes, journal));
+    }
+
     Path note(const std::string& name) const { return Path(notes) / name; }
     void putNote(const std::string& name, std::string_view bytes) { disk.putFile(note(name), bytes); }
 
@@ -64,6 +106,30 @@ struct World {
         std::ranges::sort(texts);
         return texts;
     }
+};
+
+template <class Scheduler> struct RealWorld {
+    RealWorld() { std::filesystem::create_directory(notes()); }
+
+    TemporaryFolder home;
+    Scheduler scheduler;
+    PosixFileSystem disk;
+    RecordingLog log;
+    MemoryDefaults defaults;
+    RecordingTrash trash{scheduler, [this](const Path& file) {
+                             const Path place = home / ("trashed " + file.filename().native());
+                             std::filesystem::rename(file, place);
+                             return place;
+                         }};
+    RecordingAppearance appearance;
+    RecordingFileManager fileManager;
+    FakeClipboard clipboard;
+    InotifyWatching watching{scheduler, disk, log};
+    RecoveryStore recovery{disk, scheduler, log, home / "recovered"};
+    DocumentWriter writer{disk, recovery, scheduler};
+
+    Path notes() const { return home / "Notes"; }
+    Path journal() const { return home / "journal"; }
 };
 
 } // namespace quillmark::test

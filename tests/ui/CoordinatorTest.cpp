@@ -1,7 +1,7 @@
 #include "app/editor/Coordinator.h"
 #include "app/editor/EditorView.h"
-#include "support/AppWorld.h"
 #include "support/FakeClipboard.h"
+#include "support/World.h"
 
 #include <QApplication>
 #include <QLineEdit>
@@ -13,7 +13,7 @@ namespace quillmark {
 
 namespace {
 
-class CoordinatorTest : public testing::Test, public test::AppWorld {
+class CoordinatorTest : public testing::Test, public test::World {
 protected:
     void start(const std::string& text)
     {

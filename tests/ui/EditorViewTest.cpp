@@ -1,7 +1,6 @@
 #include "EditorViewFixture.h"
 #include "TurnUntil.h"
 #include "app/look/Paint.h"
-#include "support/Random.h"
 
 #include <QMenu>
 
@@ -211,36 +210,6 @@ TEST_F(EditorViewTest, AKeyRepaintsItsRowOnly)
         view.painted = {};
         settle();
         EXPECT_TRUE(view.painted.isEmpty());
-    }
-}
-
-// Whatever is scrolled, repainted in part or left alone: the window must look as if painted from scratch.
-TEST_F(EditorViewTest, PartialPaintingLooksLikePaintingAnew)
-{
-    Random random;
-    const auto below = [&](int bound) { return static_cast<int>(random.below(bound)); };
-    install(lines(60) + std::u16string(300, u'w') + u"\nabc שלום\tdef 😀\n" + lines(20));
-    const std::vector<std::function<void()>> steps = {
-        [&] { type(QStringLiteral("ё")); },
-        [&] { press(Qt::Key_Return); },
-        [&] { press(Qt::Key_Backspace); },
-        [&] { press(Qt::Key_Down, below(2) ? shift : none); },
-        [&] { press(Qt::Key_PageDown, below(2) ? shift : none); },
-        [&] { press(Qt::Key_PageUp); },
-        [&] { press(below(2) ? Qt::Key_End : Qt::Key_Home, control); },
-        [&] { press(Qt::Key_Right, shift); },
-        [&] { turnWheel(below(400) - 200); },
-        [&] { click({below(600) + 0.5, below(400) + 0.5}); },
-        [&] { press(Qt::Key_Z, control); },
-        [&] {
-            view.resize(500 + below(100), 350 + below(50));
-            settle();
-        },
-    };
-    for (int step = 0; step < 300; ++step) {
-        steps[size_t(below(static_cast<int>(steps.size())))]();
-        const QImage shown = onScreen(); // its top left part where a scale makes the picture larger
-        ASSERT_EQ(shown, paintedAnew().copy(shown.rect())) << "step " << step;
     }
 }
 

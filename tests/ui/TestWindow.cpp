@@ -1,7 +1,6 @@
 #include "TestWindow.h"
 
 #include "app/look/TextLabel.h"
-#include "support/Services.h"
 
 #include <fstream>
 #include <iterator>

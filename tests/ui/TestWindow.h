@@ -4,7 +4,7 @@
 
 #include "app/window/ContentView.h"
 #include "support/ManualScheduler.h"
-#include "support/RealWorld.h"
+#include "support/World.h"
 
 #include <QString>
 #include <QTest>
