@@ -7,7 +7,7 @@ build_packages=(
 runtime_packages=(qt6-wayland qt6-translations-l10n fonts-dejavu-core fonts-noto-color-emoji fonts-jetbrains-mono)
 virtual_display_packages=(xvfb xauth)
 test_packages=(
-    libgtest-dev libbenchmark-dev xvfb openbox dbus at-spi2-core x11-xkb-utils
+    lld libgtest-dev libbenchmark-dev xvfb openbox dbus at-spi2-core x11-xkb-utils
     libxcb1-dev libxcb-xtest0-dev
 )
 check_packages=(clang-format-19)
