@@ -78,23 +78,6 @@ TEST_F(SavingTest, LineEndsStayAndEncodingsBecomeUtf8WithOneNotice)
     EXPECT_EQ(disk.bytes("/docs/lf"), "x\na\n");
 }
 
-TEST_F(SavingTest, TheNotesRecordAndTitleFollow)
-{
-    putNote("win.txt", "a\r\n");
-    start();
-    type("Plan\nfor\n");
-    app->flushSave(now);
-    EXPECT_EQ(noteText("win.txt"), "Plan\r\nfor\r\na\r\n");
-    EXPECT_EQ(app->store.notes->front().byteSize, 14);
-    EXPECT_EQ(app->store.notes->front().preview, "for a");
-    EXPECT_EQ(titles(), (Strings{"Plan"}));
-    scheduler.advance(5s);
-    EXPECT_EQ(noteNames(), (Strings{"Plan.txt"}));
-    type("more");
-    app->flushSave(now);
-    EXPECT_EQ(noteNames(), (Strings{"Plan.txt"}));
-}
-
 TEST_F(SavingTest, LargeTextsAreWrittenInTheBackgroundInOrder)
 {
     start();

@@ -100,24 +100,6 @@ TEST_F(SessionTest, ADamagedRecordDoesNotPreventTheStart)
     }
 }
 
-TEST_F(SessionTest, StrangeValuesAreTakenAsFarAsTheyGo)
-{
-    putNote("Plan.txt", "Plan");
-    putNote("Other.txt", "Other");
-    const std::string plan = R"({"notePath":"/home/u/Documents/Notes/Plan.txt"})";
-    const std::string other = R"({"notePath":"/home/u/Documents/Notes/Other.txt","bookmark":null})";
-    const std::string strange
-        = R"({},{"bookmark":"###"},{"bookmark":"AAAA"},{"notePath":"file://%zz%"},)" + plan;
-    for (const auto& [index, active] : {std::pair("-3", 0u), std::pair("99", 1u), std::pair("1", 1u),
-             std::pair("18446744073709551615", 0u)}) {
-        store(R"({"tabs":[)" + strange + "," + other + "," + plan + R"(],"activeIndex":)" + index + "}");
-        start();
-        EXPECT_EQ(titles(), (Strings{"Plan", "Other"})) << "and nothing twice";
-        EXPECT_EQ(activeIndex(), active) << index;
-        stop();
-    }
-}
-
 TEST_F(SessionTest, NothingIsStoredBeforeTheStoredSessionWasRead)
 {
     putNote("Plan.txt", "Plan");

@@ -52,7 +52,8 @@ protected:
         return eventually(
             [&] {
                 const auto seen = look();
-                return difference(seen, XServer::Picture(seen.size(), seen.empty() ? 0 : seen.front())) > 4'000;
+                return difference(seen, XServer::Picture(seen.size(), seen.empty() ? 0 : seen.front()))
+                    > 4'000;
             },
             20s);
     }

@@ -149,22 +149,6 @@ TEST(RowMap, CutsEvenWhereOneCharacterNeverEnds)
     }
 }
 
-TEST(RowMap, MakesOnlyTheTouchedSegmentAnew)
-{
-    MappedText mapped(std::u16string(1'000'000, u'x'));
-    for (const int64_t offset : {int64_t{0}, int64_t{500'123}, int64_t{1'000'000}}) {
-        const RowMap::Change change = mapped.edit({offset, 0}, u"y");
-        EXPECT_LE(change.replaced.length, longestWholeLine);
-        EXPECT_TRUE(change.replaced.location <= offset && offset <= change.replaced.end());
-    }
-    const RowMap::Change broken = mapped.edit({300'000, 0}, u"\n");
-    EXPECT_LE(broken.replaced.length, 2 * longestWholeLine);
-    const RowMap::Change joined = mapped.edit({300'000, 1}, u"");
-    EXPECT_LE(joined.replaced.length, 2 * longestWholeLine);
-    EXPECT_FALSE(mapped.map.isCounted()) << "what nobody asked for was not looked at";
-    mapped.expectConsistent();
-}
-
 // Stretches
 
 /// Short, wrapped and long lines, twelve thousand units.
@@ -229,21 +213,6 @@ TEST(RowMap, CountsOutwardsFromAPlace)
     EXPECT_EQ(changeByLookingAt(middle + 300), 0);
     EXPECT_NE(changeByLookingAt(middle - 1'200), 0);
     EXPECT_NE(changeByLookingAt(middle + 1'200), 0);
-}
-
-TEST(RowMap, TakesNoTimeForAGigabyte)
-{
-    Rope text(lines(1'000, 99) + longLine(100'000) + u"\n");
-    while (text.length() < 1'000'000'000)
-        text.append(Rope(text));
-    MappedText mapped(text); // these would take seconds each, if they walked the text
-    for (int step = 0; step < 300; ++step) {
-        mapped.map.rebuild(mapped.text, 10 + step);
-        mapped.edit({mapped.text.length() / 3, 0}, u"x");
-        mapped.edit({mapped.text.length(), 0}, u"x");
-        const Row last{mapped.map.rowCount() - 1};
-        EXPECT_GE(mapped.map.placeOf(mapped.text, last).offset, mapped.text.length() - 100'000);
-    }
 }
 
 TEST(RowMap, AddsUpAfterRandomEdits)

@@ -142,19 +142,6 @@ TEST(Viewport, AWidthThereAndBackShowsTheSame)
     EXPECT_EQ(editor.view.visibleRows().front().top, before.top);
 }
 
-TEST(Viewport, AnotherFontKeepsTheFirstRow)
-{
-    TestEditor editor;
-    editor.view.setText(Rope(awkwardLines(100)));
-    editor.view.scrollTo(700);
-    const int64_t first = editor.view.visibleRows().front().layout.range.location;
-    editor.shaper.setScale(2);
-    editor.view.fontChanged();
-    EXPECT_TRUE(editor.view.visibleRows().front().layout.range.contains(first));
-    EXPECT_EQ(editor.view.caretPlace().height, 2 * row);
-    expectSound(editor.view, 10 * row);
-}
-
 TEST(Viewport, FollowsTheCaretWithAsLittleMotionAsPossible)
 {
     TestEditor editor;

@@ -42,17 +42,6 @@ TEST_F(Bookmarks, FindAFileThatWasRenamedInItsFolder)
     EXPECT_EQ(makeBookmark(disk, "/none").error().code, ENOENT);
 }
 
-TEST_F(Bookmarks, DamagedOnesAreRefused)
-{
-    disk.putFile("/d/a", "x");
-    const std::string bookmark = makeBookmark(disk, "/d/a").value();
-    for (size_t length = 0; length < bookmark.find('/') + 1; ++length)
-        EXPECT_EQ(resolveBookmark(disk, std::string_view(bookmark).substr(0, length)).error().code,
-            length == bookmark.find('/') + 1 ? 0 : EINVAL)
-            << length;
-    EXPECT_EQ(resolveBookmark(disk, "/d/a").error().code, EINVAL);
-}
-
 StandardPaths findIn(std::map<std::string, std::string> variables, std::string_view userDirs = "")
 {
     ManualScheduler clock;

@@ -73,22 +73,6 @@ TEST_F(NoteNaming, ANameTakenBetweenLookAndMoveIsNotOverwritten)
     EXPECT_EQ(only().url, World::note("Plan 2.txt"));
 }
 
-TEST_F(NoteNaming, AFailedRenameKeepsFileAndRecordAndIsTriedAgainAtTheNextSave)
-{
-    const Note note = open().createNote();
-    save(note, "Plan");
-    disk.failAlways(DiskOperation::renameNoReplace, EIO);
-    scheduler.advance(5s);
-    EXPECT_EQ(noteNames(), (Names{"Untitled.txt"}));
-    EXPECT_EQ(only().url, World::note("Untitled.txt"));
-    EXPECT_TRUE(log.hasLineStartingWith("Ledgerly: rename failed: "));
-
-    disk.heal();
-    save(only(), "Plan");
-    scheduler.advance(5s);
-    EXPECT_EQ(noteNames(), (Names{"Plan.txt"}));
-}
-
 TEST_F(NoteNaming, QueuedTextsReachTheFileBeforeItGetsAnotherName)
 {
     const Note note = open().createNote();
@@ -108,15 +92,6 @@ TEST_F(NoteNaming, QueuedTextsReachTheFileBeforeItGetsAnotherName)
     scheduler.advance(60s);
     scheduler.settle();
     EXPECT_EQ(disk.bytes(World::note("Plan.txt")), "Other");
-}
-
-TEST_F(NoteNaming, ANameThatAQueuedTextIsOnItsWayToIsTaken)
-{
-    open();
-    queue.enqueue({.target = note("Untitled.txt"), .text = Rope(u"words")});
-    EXPECT_EQ(store->createNote().url, note("Untitled 2.txt"));
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes(note("Untitled.txt")), "words");
 }
 
 } // namespace

@@ -76,21 +76,6 @@ TEST_F(NoteStoreTest, RemembersTheFolderThatWasChosen)
     EXPECT_EQ(listed(), (Names{"a.txt"}));
 }
 
-TEST_F(NoteStoreTest, RefusesAFolderThatCannotBeUsed)
-{
-    putNote("a.txt", "A");
-    open();
-    const auto before = store->notes.get();
-    EXPECT_FALSE(store->setNotesFolder("/nowhere"));
-    EXPECT_FALSE(store->setNotesFolder(note("a.txt")));
-    EXPECT_EQ(store->notes.get(), before);
-    EXPECT_EQ(store->folderURL.get(), notes);
-    EXPECT_FALSE(defaults.has("notesFolderBookmark"));
-
-    defaults.setData("notesFolderBookmark", "\xFFgarbage");
-    EXPECT_EQ(open().folderURL.get(), notes);
-}
-
 // ---- New notes, copies, the Trash
 
 TEST_F(NoteStoreTest, ANewNoteNeverReplacesAFile)

@@ -59,18 +59,6 @@ TEST(TextStatistics, CountsWhatTheUserSees)
     EXPECT_EQ(count(std::u16string(200, u'x')).minimapSamples, std::vector<float>{1});
 }
 
-TEST(TextStatistics, SamplesLieEvenly)
-{
-    std::u16string text;
-    for (int line = 0; line < 1000; ++line)
-        text += std::u16string(static_cast<size_t>(line % 80), u'x') + u'\n';
-    text.pop_back();
-    const auto samples = count(text).minimapSamples;
-    ASSERT_EQ(samples.size(), 400u);
-    for (int i = 0; i < 400; ++i)
-        EXPECT_EQ(samples[static_cast<size_t>(i)], static_cast<float>(i * 1000 / 400 % 80) / 80.0F) << i;
-}
-
 TEST(TextStatistics, EqualsICUOnAnyText)
 {
     Random random;
@@ -80,8 +68,9 @@ TEST(TextStatistics, EqualsICUOnAnyText)
         std::u16string(1, u'\xDC00'), u"\u2028", u"\u00A0", u"\u0085", std::u16string(1, u'\0')};
     for (int round = 0; round < 3000; ++round) {
         std::u16string text;
-        const int64_t kinds = 1 + random.below(static_cast<int64_t>(pieces.size()));
-        for (int64_t n = random.below(40); n > 0; --n)
+        const int64_t kinds = round == 0 ? 5 : 1 + random.below(static_cast<int64_t>(pieces.size()));
+        for (int64_t n = round == 0 ? 20'000 : random.below(40); n > 0;
+            --n) // once with more lines than samples
             text += pieces[static_cast<size_t>(random.below(kinds))];
         ASSERT_EQ(count(text), model(text)) << testing::PrintToString(text);
     }

@@ -130,17 +130,6 @@ TEST_F(UndoManagerTest, StepsEndWhereSomethingElseBegins)
         {u"a", u""});
 }
 
-TEST_F(UndoManagerTest, TypingOverASelectionComesBackWithIt)
-{
-    storage.replace({0, 0}, u"one two");
-    select(7, 4);
-    type(u"три");
-    EXPECT_EQ(text(), u"one три");
-    EXPECT_TRUE(pressUndo());
-    EXPECT_EQ(text(), u"one two");
-    EXPECT_EQ(selection, (Selection{7, 4}));
-}
-
 TEST_F(UndoManagerTest, DeletionsJoinTheirOwnKind)
 {
     storage.replace({0, 0}, u"abcdefgh");
@@ -189,26 +178,6 @@ TEST_F(UndoManagerTest, ANewEditForgetsWhatWasTakenBack)
     EXPECT_EQ(history(), (Texts{u"one ", u""})); // the x did not grow the step before it
 }
 
-TEST_F(UndoManagerTest, AHundredThousandStepsGoBackAndForthOneByOne)
-{
-    constexpr int64_t steps = 100'000;
-    for (int64_t i = 0; i < steps; ++i)
-        type(i % 2 == 0 ? u"w" : u"\n");
-    const Rope typed = storage.text();
-    for (int round = 0; round < 2; ++round) {
-        int64_t undone = 0;
-        while (pressUndo())
-            ++undone;
-        EXPECT_EQ(undone, steps);
-        EXPECT_TRUE(storage.text().isEmpty());
-        int64_t redone = 0;
-        while (pressRedo())
-            ++redone;
-        EXPECT_EQ(redone, steps);
-        EXPECT_EQ(storage.text(), typed);
-    }
-}
-
 TEST_F(UndoManagerTest, WhatItForgetsIsFreedByWhomeverTheStorageGivesItTo)
 {
     std::vector<std::shared_ptr<void>> given;
@@ -222,19 +191,6 @@ TEST_F(UndoManagerTest, WhatItForgetsIsFreedByWhomeverTheStorageGivesItTo)
     EXPECT_EQ(given.size(), 2u);
     undo.removeAll();
     EXPECT_EQ(given.size(), 2u) << "nothing to free";
-}
-
-TEST_F(UndoManagerTest, RemoveAllForgetsEverythingAlsoInAGroup)
-{
-    type(u"one two");
-    pressUndo();
-    undo.begin(Kind::other, {}, now);
-    storage.replace({0, 1}, u"");
-    undo.removeAll();
-    undo.end({});
-    EXPECT_FALSE(undo.canUndo());
-    EXPECT_FALSE(undo.canRedo());
-    EXPECT_EQ(text(), u"ne ");
 }
 
 /// Edits of all kinds at random: every text on the way back is one that was there, the last the first one.

@@ -103,13 +103,6 @@ TEST(Grapheme, EndlessClustersAreCutAndStillLedThrough)
     EXPECT_EQ(graphemeCount(flags), 50'000);
 }
 
-TEST(Grapheme, CutsToWholeCharacters)
-{
-    EXPECT_EQ(firstGraphemes(u"й и\u0306 🇷🇺!", 5), u"й и\u0306 🇷🇺");
-    EXPECT_EQ(firstGraphemes(u"ab", 80), u"ab");
-    EXPECT_EQ(firstGraphemes(u"ab", 0), u"");
-}
-
 /// What one press of Backspace at the end leaves.
 std::u16string afterBackspace(std::u16string text)
 {

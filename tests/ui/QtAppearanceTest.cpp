@@ -92,25 +92,6 @@ private:
 
 } // namespace
 
-TEST_F(QtAppearanceTest, GivesEveryWidgetThePaletteOfItsMode)
-{
-    QtScheduler scheduler;
-    QtAppearance appearance(scheduler);
-    QWidget widget;
-    widget.show();
-    appearance.apply(AppearanceMode::dark);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(widget.palette().color(QPalette::Base), QColor(0x1B, 0x1A, 0x16));
-    EXPECT_EQ(widget.palette().color(QPalette::Text), QColor(0xE8, 0xE4, 0xDA));
-    EXPECT_EQ(variantOf(widget.palette()), ThemeVariant::dark);
-    EXPECT_EQ(*appearance.variant, ThemeVariant::dark);
-    appearance.apply(AppearanceMode::light);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(widget.palette().color(QPalette::Base), QColor(0xFF, 0xFD, 0xF9));
-    EXPECT_EQ(*appearance.variant, ThemeVariant::light);
-    EXPECT_EQ(themeColor(ThemeColor::selection, ThemeVariant::light).alpha(), 64);
-}
-
 TEST_F(QtAppearanceTest, FollowsTheDesktopOnlyWhereItIsAskedTo)
 {
     Portal portal;

@@ -85,19 +85,6 @@ TEST(QtScheduler, BackgroundWorkHandsItsResultToTheMainThread)
     EXPECT_FALSE(droppedRan);
 }
 
-TEST(QtScheduler, DrainingEndsChainsOfWorkAndPosts)
-{
-    QtScheduler scheduler;
-    int links = 0;
-    std::function<void()> chain = [&] {
-        if (++links < 20)
-            scheduler.runInBackground(Priority::utility, [&] { scheduler.post(chain); });
-    };
-    scheduler.post(chain);
-    scheduler.drain();
-    EXPECT_EQ(links, 20);
-}
-
 TEST(QtScheduler, WaitsForRunningWorkAtItsEnd)
 {
     std::atomic<int> done = 0;

@@ -184,31 +184,6 @@ TEST_F(SaveAs, AsksBeforeItReplacesAFile)
     EXPECT_EQ(TestWindow::contents(other), "other");
 }
 
-TEST(SaveFormatAccessory, ChangesTheNameOnlyWhenAFormatIsChosen)
-{
-    QFileDialog panel;
-    panel.setOptions(QFileDialog::DontUseNativeDialog);
-    panel.setAcceptMode(QFileDialog::AcceptSave);
-    panel.selectFile(QStringLiteral("main.c"));
-    const SaveFormatAccessory accessory(panel, "c");
-    auto& name = *panel.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    EXPECT_EQ(accessory.popup->count(), 16);
-    EXPECT_EQ(accessory.popup->currentText(), QStringLiteral("Текст (.txt)"));
-    EXPECT_EQ(name.text(), QStringLiteral("main.c"));
-    EXPECT_EQ(accessory.view->size(), QSize(360, 40));
-    const auto choose = [&](const QString& typed, int format) {
-        name.setText(typed);
-        accessory.popup->setCurrentIndex(format);
-        Q_EMIT accessory.popup->activated(format);
-        return name.text();
-    };
-    EXPECT_EQ(choose(QStringLiteral("notes.txt"), 15), QStringLiteral("notes"));
-    EXPECT_EQ(choose(QStringLiteral("README"), 1), QStringLiteral("README.md"));
-    EXPECT_EQ(choose(QStringLiteral("archive.tar.gz"), 7), QStringLiteral("archive.tar.csv"));
-    name.setText(QStringLiteral("typed.json"));
-    EXPECT_EQ(accessory.popup->currentIndex(), 7);
-}
-
 // ---- Status bar
 
 TEST(StatusBar, CountsAndConverts)

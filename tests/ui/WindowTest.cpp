@@ -109,18 +109,6 @@ TEST(ContentView, OverlayHidesTheEditorWhileAFileLoads)
     EXPECT_FALSE(window.shows(QStringLiteral("Загрузка…")));
 }
 
-TEST(LoadingOverlay, BlinksAndCountsDotsByTheClock)
-{
-    const WallTime epoch = std::chrono::sys_days(std::chrono::year(2001) / 1 / 1);
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch), (LoadingPhase{1.0, 0}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 349ms), (LoadingPhase{1.0, 0}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 350ms), (LoadingPhase{1.0, 1}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 2 * 350ms), (LoadingPhase{0.15, 2}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 3 * 350ms), (LoadingPhase{1.0, 3}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 11 * 350ms), (LoadingPhase{0.15, 3}));
-    EXPECT_EQ(LoadingOverlay::phaseAt(epoch + 12 * 350ms), (LoadingPhase{1.0, 0}));
-}
-
 TEST(ContentView, FollowsTheAppearanceAtOnce)
 {
     TestWindow window;
