@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <malloc.h>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quillmark {
@@ -191,6 +193,46 @@ TEST_F(UndoManagerTest, WhatItForgetsIsFreedByWhomeverTheStorageGivesItTo)
     EXPECT_EQ(given.size(), 2u);
     undo.removeAll();
     EXPECT_EQ(given.size(), 2u) << "nothing to free";
+}
+
+/// Of the heap; 0 where a sanitizer keeps it.
+int64_t heapBytes()
+{
+    const auto info = mallinfo2();
+    return static_cast<int64_t>(info.uordblks + info.hblkhd);
+}
+
+TEST_F(UndoManagerTest, KeepsNoMoreThanWhatIsGone)
+{
+    constexpr int64_t length = 4'000'000;
+    constexpr int64_t megabyte = 1'000'000;
+    storage.replace({0, 0}, Rope(std::u16string(length, u'x')));
+    undo.removeAll();
+    int64_t before = heapBytes();
+    if (before < length)
+        GTEST_SKIP() << "the heap is not counted";
+    const auto grown = [&] {
+        const int64_t held = heapBytes();
+        return held - std::exchange(before, held);
+    };
+
+    for (int64_t i = 0; i < 300; ++i)
+        key(Kind::other, {0, 10'000}, u"");
+    EXPECT_LT(grown(), megabyte) << "what long texts were stored in is still there";
+    for (int64_t i = 0; i < 300; ++i)
+        undo.undo();
+    EXPECT_LT(grown(), megabyte);
+    key(Kind::other, {0, 0}, u"x");
+    EXPECT_LT(grown(), 0) << "nothing to redo any more";
+
+    for (int64_t i = 0; i < 100; ++i)
+        key(Kind::other, {i, 0}, std::u16string(100'000, u'y'));
+    EXPECT_LT(grown(), 12 * megabyte) << "what came in is in the text and nowhere else";
+    for (int64_t i = 0; i < 10'000; ++i)
+        key(Kind::other, {i * 1'000, 50}, std::u16string(50, u'z'));
+    EXPECT_LT(grown(), 10'000 * 800) << "short texts are kept as they are, not in leaves of a rope";
+    undo.removeAll();
+    EXPECT_LT(grown(), -megabyte);
 }
 
 /// Edits of all kinds at random: every text on the way back is one that was there, the last the first one.
