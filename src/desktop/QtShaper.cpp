@@ -27,9 +27,11 @@ RowMetrics metricsOf(const QFont& font, double devicePixelRatio)
     return {height / devicePixelRatio, baseline / devicePixelRatio, advance > 0 ? advance : 1};
 }
 
-QTextOption optionsFor(const RowMetrics& metrics)
+QTextOption optionsFor(const RowMetrics& metrics, Direction direction)
 {
-    QTextOption options;
+    const bool isRightToLeft = direction == Direction::rightToLeft;
+    QTextOption options(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    options.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     options.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     options.setTabStopDistance(QtShaper::tabColumns * metrics.averageAdvance);
     return options;
@@ -78,19 +80,21 @@ std::vector<Span> joined(std::vector<Span> spans)
 
 } // namespace
 
-QtShapedText::QtShapedText(
-    std::u16string_view text, double wrapWidth, const QFont& font, const RowMetrics& metrics)
+QtShapedText::QtShapedText(std::u16string_view text, double wrapWidth, Direction direction, const QFont& font,
+    const RowMetrics& metrics)
     : m_layout(toQString(displayText(text)), font)
+    , m_width(std::max(1.0, wrapWidth))
+    , m_direction(direction)
     , m_baseline(metrics.baseline)
-    , m_mayBeBidirectional(mayBeBidirectional(text))
+    , m_mayBeBidirectional(direction == Direction::rightToLeft || mayBeBidirectional(text))
 {
     m_layout.setCacheEnabled(true); // the layout is drawn again and again
-    m_layout.setTextOption(optionsFor(metrics));
+    m_layout.setTextOption(optionsFor(metrics, direction));
     if (const auto formats = emojiFormats(text); !formats.isEmpty())
         m_layout.setFormats(formats);
     m_layout.beginLayout();
     for (QTextLine line = m_layout.createLine(); line.isValid(); line = m_layout.createLine()) {
-        line.setLineWidth(std::max(1.0, wrapWidth));
+        line.setLineWidth(m_width);
         line.setPosition({0, 0});
     }
     m_layout.endLayout();
@@ -102,11 +106,13 @@ Range QtShapedText::row(int row) const
     return {shaped.textStart(), shaped.textLength()};
 }
 
-double QtShapedText::width(int row) const
+Span QtShapedText::edges(int row) const
 {
     const QTextLine shaped = line(row);
     const double end = shaped.cursorToX(shaped.textStart() + shaped.textLength()); // behind spaces at a wrap
-    return std::max(shaped.horizontalAdvance(), end);
+    if (m_direction == Direction::rightToLeft)
+        return {std::min(shaped.naturalTextRect().left(), end), m_width};
+    return {0, std::max(shaped.horizontalAdvance(), end)};
 }
 
 double QtShapedText::xOfOffset(int row, int64_t offset) const
@@ -184,9 +190,9 @@ void QtShaper::setFont(const QFont& font, double devicePixelRatio)
     m_metrics = metricsOf(m_font, m_devicePixelRatio);
 }
 
-std::unique_ptr<ShapedText> QtShaper::shape(std::u16string_view text, double wrapWidth)
+std::unique_ptr<ShapedText> QtShaper::shape(std::u16string_view text, double wrapWidth, Direction direction)
 {
-    return std::make_unique<QtShapedText>(text, wrapWidth, m_font, m_metrics);
+    return std::make_unique<QtShapedText>(text, wrapWidth, direction, m_font, m_metrics);
 }
 
 } // namespace quillmark

@@ -13,20 +13,15 @@ class QPainter;
 
 namespace quillmark {
 
-/// A stretch of a row on the screen, from the row's left edge.
-struct Span {
-    double left = 0;
-    double right = 0;
-    bool operator==(const Span&) const = default;
-};
-
 class QtShapedText final : public ShapedText {
 public:
-    QtShapedText(std::u16string_view text, double wrapWidth, const QFont& font, const RowMetrics& metrics);
+    QtShapedText(std::u16string_view text, double wrapWidth, Direction direction, const QFont& font,
+        const RowMetrics& metrics);
 
     int rowCount() const override { return m_layout.lineCount(); }
     Range row(int row) const override;
-    double width(int row) const override;
+    Direction direction() const override { return m_direction; }
+    Span edges(int row) const override;
     double xOfOffset(int row, int64_t offset) const override;
     int64_t offsetAtX(int row, double x) const override;
     bool isDrawnAlike(int row, const ShapedText& other, int otherRow) const override;
@@ -34,7 +29,7 @@ public:
     /// Where the units of `range` stand on the row, from left to right; several spans where directions mix.
     std::vector<Span> spans(int row, Range range) const;
 
-    /// Draws a row with its top left corner at the point, in the painter's pen. Does not clip.
+    /// Draws a row with the top left corner of its width at the point, in the painter's pen. Does not clip.
     void draw(QPainter& painter, int row, QPointF topLeft) const;
 
 private:
@@ -42,6 +37,8 @@ private:
     QStringView withNeighbours(int row) const;
 
     QTextLayout m_layout;
+    const double m_width;
+    const Direction m_direction;
     const double m_baseline;
     const bool m_mayBeBidirectional;
 };
@@ -59,7 +56,8 @@ public:
     double devicePixelRatio() const { return m_devicePixelRatio; }
 
     RowMetrics metrics() const override { return m_metrics; }
-    std::unique_ptr<ShapedText> shape(std::u16string_view text, double wrapWidth) override;
+    std::unique_ptr<ShapedText> shape(
+        std::u16string_view text, double wrapWidth, Direction direction) override;
 
 private:
     QFont m_font;

@@ -77,6 +77,17 @@ void LayoutCache::applyEdit(const RowMap::Change& change)
     }
 }
 
+void LayoutCache::keepDirection(Range line, Direction direction)
+{
+    std::erase_if(m_entries, [&](const Entry& entry) {
+        const Range units = entry.segment.range;
+        const bool isWrong = units.location >= line.location && units.end() <= line.end()
+            && entry.segment.shaped->direction() != direction;
+        m_cost -= isWrong ? costOf(entry) : 0;
+        return isWrong;
+    });
+}
+
 void LayoutCache::clear()
 {
     m_entries.clear();

@@ -19,6 +19,8 @@ public:
     void insert(Segment segment);
     void remove(int64_t offset); ///< the segment that find() gives downstream, if any
     void applyEdit(const RowMap::Change& change);
+    /// Lets go of the segments of a line that were shaped in another direction.
+    void keepDirection(Range line, Direction direction);
     void clear();
     void setCapacity(int64_t cost);
     int64_t cost() const { return m_cost; }

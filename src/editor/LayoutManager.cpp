@@ -47,6 +47,7 @@ struct LayoutManager::Impl {
     double wrapWidth() const { return width > 0 ? width : noWrapWidth; }
     int64_t columns() const;
     void applyEdit(const TextEdit& edit, const Rope& oldText);
+    void turnLines(const RowMap::Change& change);
     void layOutAnew();
     void updateCapacity();
     Segment segmentAt(int64_t offset, Affinity affinity);
@@ -62,9 +63,26 @@ int64_t LayoutManager::Impl::columns() const
 
 void LayoutManager::Impl::applyEdit(const TextEdit& edit, const Rope& oldText)
 {
-    cache.applyEdit(rows.applyEdit(oldText, storage.text(), edit));
+    const RowMap::Change change = rows.applyEdit(oldText, storage.text(), edit);
+    cache.applyEdit(change);
+    turnLines(change);
     insertion.offset = edit.moved(insertion.offset);
     tellRowsMoved();
+}
+
+/// The edit may have changed the first strong character of a long line, which tells where all its segments
+/// stand.
+void LayoutManager::Impl::turnLines(const RowMap::Change& change)
+{
+    const Rope& text = storage.text();
+    const auto turnLineAt = [&](int64_t offset) {
+        const Range line = text.lineRange(text.lineAt(offset));
+        cache.keepDirection(line, directionOf(text, line));
+    };
+    if (change.startsInsideLine)
+        turnLineAt(change.replaced.location);
+    if (change.endsInsideLine)
+        turnLineAt(change.replaced.end() + change.changeInLength);
 }
 
 void LayoutManager::Impl::layOutAnew()
@@ -101,7 +119,9 @@ Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
     std::u16string units = text.text(piece.units);
     if (shown.length > 0)
         units.insert(static_cast<size_t>(shown.at), insertion.text);
-    const Segment segment{.shaped = shaper.shape(units, wrapWidth()),
+    const bool isLine = piece.startsLine && piece.endsLine;
+    const Direction direction = isLine ? directionOf(units) : directionOf(text, text.lineRange(piece.line));
+    const Segment segment{.shaped = shaper.shape(units, wrapWidth(), direction),
         .range = piece.units,
         .line = piece.line,
         .startsLine = piece.startsLine,
@@ -229,6 +249,11 @@ std::optional<Segment> LayoutManager::segmentAfter(const Segment& segment)
 Row LayoutManager::firstRowOf(const Segment& segment) const
 {
     return m_impl->rows.firstRowAt(text(), segment.range.location);
+}
+
+Direction LayoutManager::directionAt(int64_t offset) const
+{
+    return directionOf(text(), text().lineRange(text().lineAt(offset)));
 }
 
 bool LayoutManager::isSettled() const

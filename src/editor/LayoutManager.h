@@ -48,6 +48,7 @@ public:
     std::optional<Segment> segmentBefore(const Segment& segment); ///< none at the start of the text
     std::optional<Segment> segmentAfter(const Segment& segment); ///< none at the end of the text
     Row firstRowOf(const Segment& segment) const;
+    Direction directionAt(int64_t offset) const; ///< of the line that holds the offset
 
     /// Calls `slot()` when rows moved because a line got more or fewer of them, by an edit or because an
     /// estimate was corrected.

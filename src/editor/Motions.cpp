@@ -79,6 +79,25 @@ TextPosition rowEnd(TextPosition from, LayoutManager& layout)
     return {row.range.end(), row.endsLine ? Affinity::downstream : Affinity::upstream};
 }
 
+/// Left and right are meant on the screen: a line that runs from the right goes the other way.
+Motion alongLine(Motion motion, Direction direction)
+{
+    if (direction == Direction::leftToRight)
+        return motion;
+    switch (motion) {
+    case Motion::characterLeft:
+        return Motion::characterRight;
+    case Motion::characterRight:
+        return Motion::characterLeft;
+    case Motion::wordLeft:
+        return Motion::wordRight;
+    case Motion::wordRight:
+        return Motion::wordLeft;
+    default:
+        return motion;
+    }
+}
+
 } // namespace
 
 TextPosition positionInRow(const RowLayout& row, double x, const Rope& text)
@@ -101,7 +120,7 @@ TextPosition target(Motion motion, const Selection& selection, Extend extend, La
     const bool collapses = extend == Extend::no && !selection.isEmpty();
     // An edit can join what stands on both sides of an end of the selection.
     const auto boundary = [&](int64_t offset) { return characterBoundaryAtOrBefore(text, offset); };
-    switch (motion) {
+    switch (alongLine(motion, layout.directionAt(from.offset))) {
     case Motion::characterLeft:
         return {collapses ? boundary(selection.range().location) : previousGrapheme(text, from.offset)};
     case Motion::characterRight:

@@ -260,6 +260,7 @@ RowMap::Change RowMap::applyEdit(const Rope& oldText, const Rope& text, const Te
     return {.replaced = Range::between(start, right.units.end()),
         .changeInLength = change,
         .changeInLines = changeInLines,
+        .startsInsideLine = !left.startsLine,
         .endsInsideLine = !right.endsLine};
 }
 

@@ -36,6 +36,7 @@ public:
         Range replaced; ///< in the old text
         int64_t changeInLength = 0;
         int64_t changeInLines = 0;
+        bool startsInsideLine = false; ///< a segment of the same line comes before
         bool endsInsideLine = false; ///< a segment of the same line follows
     };
 

@@ -28,9 +28,9 @@ int64_t RowLayout::offsetAtX(double x) const
     return std::clamp(shapedStart + unit, range.location, range.end());
 }
 
-double RowLayout::width() const
+Span RowLayout::edges() const
 {
-    return shaped->width(rowInShaped);
+    return shaped->edges(rowInShaped);
 }
 
 RowLayout Segment::row(int index) const

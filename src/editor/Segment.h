@@ -33,7 +33,7 @@ struct RowLayout {
 
     double xOfOffset(int64_t offset) const; ///< `offset` is cut to the row
     int64_t offsetAtX(double x) const; ///< the caret stop of the row that is nearest to x
-    double width() const;
+    Span edges() const;
 };
 
 /// What is shaped at once: a line, or a piece of about 2,000 units of a line that is longer. A segment starts

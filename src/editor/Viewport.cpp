@@ -289,8 +289,11 @@ int64_t Viewport::characterAt(double x, double y)
         return nearest.offset;
     const RowLayout& row = rowAtY(y);
     const bool isInRow = nearest.offset > row.range.location && nearest.offset <= row.range.end();
-    const bool isBeforeStop = isInRow && x < row.xOfOffset(nearest.offset);
-    return isBeforeStop ? previousGrapheme(m_layout.text(), nearest.offset) : nearest.offset;
+    if (!isInRow)
+        return nearest.offset;
+    const int64_t before = previousGrapheme(m_layout.text(), nearest.offset);
+    const auto [left, right] = std::minmax({row.xOfOffset(before), row.xOfOffset(nearest.offset)});
+    return x >= left && x < right ? before : nearest.offset;
 }
 
 int64_t Viewport::rowsPerPage() const

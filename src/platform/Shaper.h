@@ -3,6 +3,7 @@
 #pragma once
 
 #include "base/Range.h"
+#include "text/Direction.h"
 
 #include <memory>
 #include <string_view>
@@ -19,14 +20,23 @@ struct RowMetrics {
 /// On which side of a wrap the caret stands when an offset ends one row and starts the next.
 enum class Affinity { upstream, downstream };
 
-/// A stretch of a line, wrapped to a width. Offsets are units from the start of the stretch.
+/// A stretch of a row on the screen.
+struct Span {
+    double left = 0;
+    double right = 0;
+    bool operator==(const Span&) const = default;
+};
+
+/// A stretch of a line, wrapped to a width. Offsets are units from the start of the stretch, places are
+/// counted from the left edge of that width: a line that runs from right to left starts at its right edge.
 class ShapedText {
 public:
     virtual ~ShapedText() = default;
 
     virtual int rowCount() const = 0; ///< at least 1
     virtual Range row(int row) const = 0; ///< the units of a row, wrapping spaces included
-    virtual double width(int row) const = 0;
+    virtual Direction direction() const = 0;
+    virtual Span edges(int row) const = 0; ///< of the row's text; spaces at a wrap may reach beyond the width
     virtual double xOfOffset(int row, int64_t offset) const = 0; ///< where the caret stands before this unit
     virtual int64_t offsetAtX(int row, double x) const = 0; ///< the caret stop that is nearest to x
 
@@ -44,9 +54,10 @@ public:
 
     virtual RowMetrics metrics() const = 0;
 
-    /// Shapes text without a line feed, breaking rows at `wrapWidth`. Never fails; a character wider than
-    /// the width has a row of its own.
-    virtual std::unique_ptr<ShapedText> shape(std::u16string_view text, double wrapWidth) = 0;
+    /// Shapes text without a line feed that is a line, or a part of one, of this direction, breaking rows at
+    /// `wrapWidth`. Never fails; a character wider than the width has a row of its own.
+    virtual std::unique_ptr<ShapedText> shape(std::u16string_view text, double wrapWidth, Direction direction)
+        = 0;
 };
 
 } // namespace quillmark

@@ -34,7 +34,7 @@ TEST_F(Composing, ShowsWhatIsNotInTheText)
     EXPECT_EQ(marked(view), "one| two\nthree");
     EXPECT_EQ(editor.heard, "");
     EXPECT_FALSE(view.canUndo());
-    EXPECT_EQ(view.visibleRows().front().layout.width(), 10 * cell);
+    EXPECT_EQ(view.visibleRows().front().layout.edges().right, 10 * cell);
     EXPECT_EQ(view.caretPlace().x, 4 * cell);
     EXPECT_EQ(view.placeOf(4).x, 7 * cell) << "what follows makes room";
     EXPECT_EQ(view.offsetAt(5 * cell, 0), 3);
@@ -43,7 +43,7 @@ TEST_F(Composing, ShowsWhatIsNotInTheText)
     view.compose(preedit(u"XYZ", 3));
     EXPECT_EQ(view.caretPlace().x, 6 * cell);
     view.compose({});
-    EXPECT_EQ(view.visibleRows().front().layout.width(), 7 * cell);
+    EXPECT_EQ(view.visibleRows().front().layout.edges().right, 7 * cell);
     EXPECT_EQ(editor.heard, "");
 }
 

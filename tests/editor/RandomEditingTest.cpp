@@ -76,7 +76,7 @@ private:
     {
         const std::u16string_view pieces[]
             = {u"a", u"b ", u"\n", u"\t", u"слово ", u"👩‍👩‍👧", u"\u0301", u"🇷🇺", u"क्षि", u"漢字",
-                u"a_word_longer_than_the_view_is_wide", u"\xD800", std::u16string_view(u"\0", 1)};
+                u"שלום ", u"a_word_longer_than_the_view_is_wide", u"\xD800", std::u16string_view(u"\0", 1)};
         const std::u16string_view text = m_random.pick(pieces);
         const Range range = selected();
         if (m_random.oneIn(5)) {

@@ -20,8 +20,11 @@ inline void expectSound(PlainTextView& view, double height)
         EXPECT_EQ(rows[i].layout.range.location, before.range.end() + (before.endsLine ? 1 : 0));
         EXPECT_EQ(number(rows[i].layout.line), number(before.line) + (before.endsLine ? 1 : 0));
     }
-    for (const VisibleRow& visible : rows)
+    for (const VisibleRow& visible : rows) {
         EXPECT_EQ(view.layoutManager().rowAt(visible.layout.range.location), visible.row);
+        EXPECT_EQ(visible.layout.shaped->direction(),
+            view.layoutManager().directionAt(visible.layout.range.location));
+    }
     const bool showsEnd
         = rows.back().layout.range.end() == view.text().length() && rows.back().layout.endsLine;
     const bool showsStart = rows.front().layout.range.location == 0;

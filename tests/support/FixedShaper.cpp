@@ -41,11 +41,14 @@ int64_t endOfCharacter(std::u16string_view text, int64_t start)
 
 class FixedText final : public ShapedText {
 public:
-    FixedText(std::u16string_view text, int64_t columns, int tabCells, double cellWidth)
+    FixedText(std::u16string_view text, double wrapWidth, Direction direction, int tabCells, double cellWidth)
         : m_cellWidth(cellWidth)
+        , m_width(wrapWidth)
+        , m_direction(direction)
         , m_cells(text.size() + 1)
         , m_isStop(text.size() + 1)
     {
+        const auto columns = std::max<int64_t>(1, static_cast<int64_t>(wrapWidth / cellWidth));
         int64_t start = 0;
         do
             start = addRow(text, start, columns, tabCells);
@@ -54,21 +57,27 @@ public:
 
     int rowCount() const override { return static_cast<int>(m_rows.size()); }
     Range row(int row) const override { return m_rows.at(static_cast<size_t>(row)); }
-    double width(int row) const override { return xOfOffset(row, this->row(row).end()); }
+    Direction direction() const override { return m_direction; }
+    Span edges(int row) const override
+    {
+        const double end = xOfOffset(row, this->row(row).end());
+        return m_direction == Direction::leftToRight ? Span{0, end} : Span{end, m_width};
+    }
     double xOfOffset(int row, int64_t offset) const override
     {
         // The cells at a wrap are those of the next row's start; what stands before it tells where a row
         // ends.
         const Range units = this->row(row);
-        if (offset == units.end() && !units.isEmpty())
-            return m_cellWidth * m_rowEnds[static_cast<size_t>(row)];
-        return m_cellWidth * m_cells.at(static_cast<size_t>(offset));
+        const bool isAtWrap = offset == units.end() && !units.isEmpty();
+        const double x = m_cellWidth
+            * (isAtWrap ? m_rowEnds[static_cast<size_t>(row)] : m_cells.at(static_cast<size_t>(offset)));
+        return m_direction == Direction::leftToRight ? x : m_width - x;
     }
     int64_t offsetAtX(int row, double x) const override
     {
         const Range units = this->row(row);
         int64_t best = units.location;
-        double bestDistance = std::abs(x);
+        double bestDistance = std::abs(xOfOffset(row, best) - x);
         for (int64_t offset = units.location + 1; offset <= units.end(); ++offset) {
             if (offset < units.end() && !m_isStop[static_cast<size_t>(offset)])
                 continue;
@@ -121,6 +130,8 @@ private:
     }
 
     double m_cellWidth;
+    double m_width;
+    Direction m_direction;
     std::vector<int> m_cells; ///< from the start of the row to each unit
     std::vector<bool> m_isStop;
     std::vector<Range> m_rows;
@@ -134,12 +145,11 @@ RowMetrics FixedShaper::metrics() const
     return {.height = rowHeight * m_scale, .baseline = 15 * m_scale, .averageAdvance = cellWidth * m_scale};
 }
 
-std::unique_ptr<ShapedText> FixedShaper::shape(std::u16string_view text, double wrapWidth)
+std::unique_ptr<ShapedText> FixedShaper::shape(
+    std::u16string_view text, double wrapWidth, Direction direction)
 {
     m_shapedUnits += static_cast<int64_t>(text.size());
-    const double cell = cellWidth * m_scale;
-    const auto columns = std::max<int64_t>(1, static_cast<int64_t>(wrapWidth / cell));
-    return std::make_unique<FixedText>(text, columns, m_tabCells, cell);
+    return std::make_unique<FixedText>(text, wrapWidth, direction, m_tabCells, cellWidth * m_scale);
 }
 
 } // namespace quillmark::test

@@ -23,10 +23,11 @@ QtShaper shaperAt(double devicePixelRatio, double fontSize = 13)
     return QtShaper(editorFont({}, fontSize), devicePixelRatio);
 }
 
-std::unique_ptr<QtShapedText> shaped(std::u16string_view text, double width = unlimited)
+std::unique_ptr<QtShapedText> shaped(
+    std::u16string_view text, double width = unlimited, Direction direction = Direction::leftToRight)
 {
     const QtShaper shaper = shaperAt(1);
-    return std::make_unique<QtShapedText>(text, width, shaper.font(), shaper.metrics());
+    return std::make_unique<QtShapedText>(text, width, direction, shaper.font(), shaper.metrics());
 }
 
 QImage drawn(const QtShapedText& text, int width)
@@ -145,7 +146,7 @@ TEST(QtShaper, RowsAreWholeDevicePixelsAndOneAndAHalfFontsHigh)
 TEST(QtShaper, FallbackFontsDoNotMoveTheBaseline)
 {
     const auto plain = shaped(u"Ag");
-    const int width = static_cast<int>(plain->width(0));
+    const int width = static_cast<int>(plain->edges(0).right);
     EXPECT_EQ(drawn(*plain, width), drawn(*shaped(u"Ag\u3000漢😀ཪྵ"), width));
 }
 
@@ -171,7 +172,7 @@ TEST(QtShaper, DrawsEmojiInColorAndTheirNeighboursInThePen)
 {
     const auto isColored = [](std::u16string_view text) {
         const auto layout = shaped(text);
-        const QImage image = drawn(*layout, static_cast<int>(layout->width(0)) + 4);
+        const QImage image = drawn(*layout, static_cast<int>(layout->edges(0).right) + 4);
         for (int y = 0; y < image.height(); ++y)
             for (int x = 0; x < image.width(); ++x)
                 if (QColor(image.pixel(x, y)).saturation() > 60)
@@ -186,10 +187,10 @@ TEST(QtShaper, DrawsEmojiInColorAndTheirNeighboursInThePen)
 
 TEST(QtShaper, ComposesAnEmojiOfManyCharacters)
 {
-    const double one = shaped(u"😀")->width(0);
+    const double one = shaped(u"😀")->edges(0).right;
     for (const std::u16string_view emoji : {u"👩‍👩‍👧‍👦", u"👍🏽", u"🇷🇺", u"1\uFE0F\u20E3",
              u"❤\uFE0F", u"❤\uFE0F\u200D🔥", u"🏳\uFE0F\u200D🌈", u"🏴󠁧󠁢󠁳󠁣󠁴󠁿"})
-        EXPECT_NEAR(shaped(emoji)->width(0), one, 0.5) << utf8(emoji);
+        EXPECT_NEAR(shaped(emoji)->edges(0).right, one, 0.5) << utf8(emoji);
 }
 
 TEST(QtShaper, SelectionFollowsMixedDirections)
@@ -202,6 +203,34 @@ TEST(QtShaper, SelectionFollowsMixedDirections)
     EXPECT_GT(half[1].left, half[0].right + 1);
     EXPECT_EQ(layout->spans(0, {0, 12}).size(), 1U);
     EXPECT_TRUE(layout->spans(0, {3, 0}).empty());
+}
+
+TEST(QtShaper, ALineFromRightToLeftStandsAtTheRightEdge)
+{
+    constexpr double width = 400;
+    const auto line = shaped(u"שלום abc 12 טוב", width, Direction::rightToLeft);
+    ASSERT_EQ(line->rowCount(), 1);
+    const Span edges = line->edges(0);
+    EXPECT_EQ(edges.right, width);
+    EXPECT_NEAR(edges.left, width - shaped(u"שלום abc 12 טוב")->edges(0).right, 1);
+    EXPECT_NEAR(line->xOfOffset(0, 0), width, 0.5);
+    EXPECT_NEAR(line->xOfOffset(0, 15), edges.left, 0.5);
+    EXPECT_EQ(line->offsetAtX(0, width + 50), 0);
+    EXPECT_EQ(line->offsetAtX(0, 0), 15);
+    const auto word = line->spans(0, {0, 4});
+    ASSERT_EQ(word.size(), 1U);
+    EXPECT_NEAR(word[0].right, width, 1);
+    EXPECT_GT(word[0].left, edges.left + 10);
+    EXPECT_FALSE(line->isDrawnAlike(0, *shaped(u"שלום abc 12 טוב", 500, Direction::rightToLeft), 0));
+
+    const auto foreign = shaped(u"abc abc", width, Direction::rightToLeft); // a row of its line
+    EXPECT_NEAR(foreign->spans(0, {0, 7}).front().right, width, 1);
+    EXPECT_FALSE(foreign->isDrawnAlike(0, *shaped(u"abc abc", width), 0));
+
+    const auto wrapped = shaped(u"שלום     שלום", edges.right / 8, Direction::rightToLeft);
+    ASSERT_EQ(wrapped->rowCount(), 2);
+    for (int row = 0; row < 2; ++row)
+        EXPECT_NEAR(wrapped->spans(row, {row * 9, 4}).front().right, width / 8, 1) << row;
 }
 
 TEST(Fonts, SizesArePixelsFractionsIncluded)

@@ -44,8 +44,9 @@ Span spanOf(const RowLayout& row, int64_t offset, const PlainTextView& model, do
     const std::vector<Span> spans
         = shaped.spans(row.rowInShaped, Range::between(offset - row.shapedStart, end - row.shapedStart));
     const double caret = row.xOfOffset(offset);
+    const bool isRightToLeft = shaped.direction() == Direction::rightToLeft;
     if (spans.empty() || offset >= end)
-        return {caret, caret + averageAdvance};
+        return isRightToLeft ? Span{caret - averageAdvance, caret} : Span{caret, caret + averageAdvance};
     return {spans.front().left, spans.back().right};
 }
 

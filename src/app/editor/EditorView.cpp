@@ -193,15 +193,18 @@ std::vector<Span> EditorView::selectedSpans(const FrameRow& row) const
 {
     const auto& shaped = static_cast<const QtShapedText&>(*row.shaped);
     std::vector<Span> spans = shaped.spans(row.rowInShaped, row.selected);
-    const double rightmost = width() - 2 * horizontalInset;
+    const double rightmost = std::max(0, width() - 2 * horizontalInset);
     const double lineFeed = m_shaper.metrics().averageAdvance;
     if (row.isLineFeedSelected) {
-        const double end = std::min(shaped.width(row.rowInShaped), rightmost - lineFeed);
-        spans.push_back({end, end + lineFeed});
+        const Span text = shaped.edges(row.rowInShaped);
+        const double start = shaped.direction() == Direction::rightToLeft
+            ? std::max(text.left - lineFeed, 0.0)
+            : std::min(text.right, rightmost - lineFeed);
+        spans.push_back({start, start + lineFeed});
     }
     for (Span& span : spans) { // spaces may hang over the edge of the text
-        span = {horizontalInset + std::min(span.left, rightmost),
-            horizontalInset + std::min(span.right, rightmost)};
+        span = {horizontalInset + std::clamp(span.left, 0.0, rightmost),
+            horizontalInset + std::clamp(span.right, 0.0, rightmost)};
     }
     return spans;
 }
