@@ -1,6 +1,7 @@
 #include "editor/PlainTextView.h"
 
 #include "editor/PlainTextViewImpl.h"
+#include "editor/SegmentCuts.h"
 
 #include <algorithm>
 #include <chrono>
@@ -198,6 +199,12 @@ void PlainTextView::scrollTo(double top)
 void PlainTextView::scrollToCaret()
 {
     m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::caret);
+}
+
+void PlainTextView::bringIntoView(int64_t offset)
+{
+    m_impl->viewport.reveal({characterBoundaryAtOrBefore(text(), offset)}, Viewport::Landing::third);
+    m_impl->finish(m_impl->selection, Impl::Changed::nothing, Impl::Reveal::nothing);
 }
 
 CaretPlace PlainTextView::caretPlace() const

@@ -112,6 +112,8 @@ public:
     void scrollTo(
         double top); ///< lands near by where estimates are corrected on the way; both ends are exact
     void scrollToCaret(); ///< as little as makes the caret's row visible
+    /// Nothing where the offset's row is visible; otherwise it stands a third from the top then.
+    void bringIntoView(int64_t offset);
 
     using CaretPlace = quillmark::CaretPlace;
     CaretPlace caretPlace() const; ///< of the selection's caret

@@ -226,22 +226,24 @@ const VisibleRow* Viewport::find(const Cursor& row) const
     return found == m_rows.end() ? nullptr : &*found;
 }
 
-void Viewport::reveal(TextPosition position)
+void Viewport::reveal(TextPosition position, Landing landing)
 {
     if (rows().empty())
         return;
     const Cursor row = cursorAt(position, 0);
     rows(); // measuring the row may have moved the others
-    if (const VisibleRow* visible = find(row)) {
-        const double top = restingTop(row, visible->top);
-        if (top != visible->top)
-            scrollBy(visible->top - top);
+    const VisibleRow* visible = find(row);
+    if (visible && restingTop(row, visible->top) == visible->top)
         return;
-    }
+    if (visible && landing == Landing::nearest)
+        return scrollBy(visible->top - restingTop(row, visible->top));
     const int64_t start = row.segment.row(row.index).range.location;
     const bool isAbove = start < m_rows.front().layout.range.location;
     m_anchorOffset = start;
-    m_anchorTop = restingTop(row, isAbove ? 0 : m_height);
+    if (landing == Landing::third)
+        m_anchorTop = restingTop(row, std::floor(m_height / 3));
+    else
+        m_anchorTop = restingTop(row, isAbove ? 0 : m_height);
     settle();
 }
 

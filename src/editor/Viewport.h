@@ -45,7 +45,10 @@ public:
     void scrollTo(
         double top); ///< lands near by where estimates are corrected on the way; both ends are exact
     void scrollBy(double pixels); ///< down when positive
-    void reveal(TextPosition position); ///< scrolls as little as shows the whole row
+    enum class Landing { nearest, third };
+    /// Shows the whole row of a position. Where it has to scroll, as little as that takes, or so that the row
+    /// stands a third from the top.
+    void reveal(TextPosition position, Landing landing = Landing::nearest);
 
     CaretPlace placeOf(TextPosition position);
     /// The position nearest to a point. Beyond the insets above the first and below the last row it is the

@@ -126,6 +126,25 @@ TEST(Viewport, EditsAboveDoNotMoveWhatIsVisible)
     expectSound(editor.view, 10 * row);
 }
 
+TEST(Viewport, APlaceStandsAThirdFromTheTopWhereItHadToBeScrolledTo)
+{
+    TestEditor editor(20, 12);
+    editor.view.setText(Rope(awkwardLines(300)));
+    const Rope& text = editor.view.text();
+    const auto topAfter = [&](int64_t line) {
+        editor.view.bringIntoView(text.startOf(Line{line}));
+        return editor.view.placeOf(text.startOf(Line{line})).top;
+    };
+    EXPECT_EQ(topAfter(200), 4 * row);
+    const double scrolled = editor.view.scrollTop();
+    topAfter(201);
+    EXPECT_EQ(editor.view.scrollTop(), scrolled) << "it was visible";
+    editor.view.scrollBy(-7.5 * row);
+    EXPECT_EQ(topAfter(200), 4 * row) << "only half of it was";
+    EXPECT_EQ(topAfter(0), 0) << "as far as there is text";
+    EXPECT_EQ(topAfter(300), 11 * row);
+}
+
 TEST(Viewport, AWidthThereAndBackShowsTheSame)
 {
     TestEditor editor;

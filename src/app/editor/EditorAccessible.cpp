@@ -244,13 +244,7 @@ int EditorAccessible::offsetAtPoint(const QPoint& point) const
 
 void EditorAccessible::scrollToSubstring(int start, int)
 {
-    const double height = m_view.height();
-    for (int attempt = 0; attempt < 3; ++attempt) { // the heights on the way there are estimates
-        const CaretPlace place = model().placeOf(resolved(start));
-        if (place.isVisible && place.top >= 0 && place.top + place.height <= height)
-            return;
-        model().scrollBy(std::round(place.top - height / 3));
-    }
+    model().bringIntoView(resolved(start));
 }
 
 // Editing

@@ -62,7 +62,7 @@ void AppState::goToLine(int64_t line)
         return;
     const Line wanted{std::min(line, view->text().lineCount()) - 1};
     view->select(Selection::at({view->text().startOf(wanted)}));
-    view->scrollToCaret();
+    view->bringIntoView(view->selection().caret);
     view->becomeFirstResponder();
 }
 
