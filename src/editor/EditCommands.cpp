@@ -4,6 +4,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace quillmark {
@@ -104,6 +105,7 @@ std::optional<Edit> replaceNearCaret(
 
 Range inputContextAt(const Rope& text, int64_t caret)
 {
+    assert(caret >= 0 && caret <= text.length());
     const Range line = text.lineRange(text.lineAt(caret));
     const Range near = intersection(line, {caret - contextUnits, 2 * contextUnits});
     const int64_t start = characterBoundaryAtOrBefore(text, near.location);

@@ -1,6 +1,7 @@
 #include "editor/Indentation.h"
 
 #include <algorithm>
+#include <cassert>
 #include <string_view>
 
 namespace quillmark {
@@ -18,6 +19,7 @@ using ChangeOfLine = LineChange (*)(std::u16string_view line);
 /// From the start of the first line to the end of the last one that a selection touches.
 Range touchedLines(const Rope& text, Range selected)
 {
+    assert(selected.location >= 0 && selected.end() <= text.length());
     const Range first = text.lineRange(text.lineAt(selected.location));
     Range last = text.lineRange(text.lineAt(selected.end()));
     if (last.location == selected.end() && last.location > first.location)

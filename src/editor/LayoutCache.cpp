@@ -1,6 +1,7 @@
 #include "editor/LayoutCache.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace quillmark {
@@ -38,6 +39,8 @@ const Segment* LayoutCache::find(int64_t offset, Affinity affinity)
 void LayoutCache::insert(Segment segment)
 {
     auto behind = firstBehind(segment.range.location);
+    assert(segment.shaped);
+    assert(behind == m_entries.end() || segment.range.end() <= behind->segment.range.location);
     Entry entry{std::move(segment), ++m_clock};
     m_cost += costOf(entry);
     if (behind != m_entries.begin()
@@ -75,6 +78,7 @@ void LayoutCache::applyEdit(const RowMap::Change& change)
         entry->segment.range.location += change.changeInLength;
         entry->segment.line = entry->segment.line + change.changeInLines;
     }
+    assert(m_cost >= 0 && (m_cost > 0 || m_entries.empty()));
 }
 
 void LayoutCache::keepDirection(Range line, Direction direction)

@@ -5,6 +5,7 @@
 #include "editor/SegmentCuts.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <utility>
 
@@ -115,6 +116,7 @@ Segment LayoutManager::Impl::segmentAt(int64_t offset, Affinity affinity)
         return *known;
 
     const RowMap::Piece piece = rows.pieceAt(text, offset, affinity);
+    assert(offset >= piece.units.location && offset <= piece.units.end());
     const Insertion shown = insertionIn(piece.units, piece.endsLine);
     std::u16string units = text.text(piece.units);
     if (shown.length > 0)
@@ -248,6 +250,7 @@ std::optional<Segment> LayoutManager::segmentAfter(const Segment& segment)
 
 Row LayoutManager::firstRowOf(const Segment& segment) const
 {
+    assert(segment.range.end() <= text().length() && "a segment of another text");
     return m_impl->rows.firstRowAt(text(), segment.range.location);
 }
 

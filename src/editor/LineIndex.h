@@ -5,6 +5,7 @@
 
 #include "text/TextStorage.h"
 
+#include <cassert>
 #include <cstdint>
 #include <vector>
 
@@ -13,7 +14,11 @@ namespace quillmark {
 class LineIndex {
 public:
     void rebuild(const Rope& text) { m_text = text; }
-    void applyEdit(const TextEdit&, const Rope& newText) { m_text = newText; }
+    void applyEdit(const TextEdit& edit, const Rope& newText)
+    {
+        assert(newText.length() == m_text.length() + edit.changeInLength && "an edit was left out");
+        m_text = newText;
+    }
 
     int64_t lineNumber(int64_t offset) const; ///< 1-based, of the line that holds the offset
     int64_t lineCount() const { return m_text.lineCount(); }

@@ -2,6 +2,7 @@
 
 #include "text/Units.h"
 
+#include <cassert>
 #include <cstring>
 
 namespace quillmark {
@@ -28,6 +29,7 @@ const char16_t* findLineFeed(const char16_t* from, const char16_t* end)
 
 void forEachLine(const Rope& text, Range range, const std::function<void(Range)>& visit)
 {
+    assert(range.location >= 0 && range.length >= 0 && range.end() <= text.length());
     int64_t lineStart = range.location;
     int64_t spanStart = range.location;
     text.forEachSpan(range, [&](auto span) {

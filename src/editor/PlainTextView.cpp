@@ -4,6 +4,7 @@
 #include "editor/SegmentCuts.h"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <utility>
 
@@ -37,12 +38,15 @@ void PlainTextView::Impl::shiftWith(const TextEdit& edit)
 {
     selection.anchor = edit.moved(selection.anchor);
     selection.caret = edit.moved(selection.caret);
+    assert(selection.range().end() <= length());
     viewport.applyEdit(edit);
     drag.reset();
 }
 
 void PlainTextView::Impl::finish(const Selection& before, Changed changed, Reveal reveal)
 {
+    assert(selection.range().location >= 0 && selection.range().end() <= length());
+    assert(!composition || selection.isEmpty());
     if (reveal == Reveal::caret)
         viewport.reveal(selection.position());
     viewport.rows();

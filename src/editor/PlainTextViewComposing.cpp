@@ -3,12 +3,14 @@
 #include "editor/PlainTextViewImpl.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace quillmark {
 
 void PlainTextView::Impl::showComposition()
 {
+    assert(composition && selection.isEmpty());
     layout.showInsertion(selection.caret, composition->text, composition->caret);
 }
 
@@ -72,6 +74,7 @@ void PlainTextView::commitComposition()
     const std::u16string text = self.composition->text;
     self.dropComposition();
     insertText(text);
+    assert(!self.composition);
     self.resetRequested.emit();
 }
 

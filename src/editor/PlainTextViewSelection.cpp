@@ -6,6 +6,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 namespace quillmark {
@@ -102,6 +103,7 @@ TextPosition PlainTextView::positionAt(double x, double y)
 /// What a click at an offset selects.
 Range PlainTextView::Impl::granuleAt(int64_t offset) const
 {
+    assert(drag);
     const Rope& text = storage.text();
     switch (drag->granularity) {
     case Granularity::character:
@@ -118,6 +120,7 @@ Range PlainTextView::Impl::granuleAt(int64_t offset) const
 /// Selects from what the press selected to what is under the pointer, both whole.
 void PlainTextView::Impl::extendDrag(double x, double y)
 {
+    assert(drag && drag->isPressed && drag->origin.end() <= length());
     const Range origin = drag->origin;
     if (drag->granularity == Granularity::character) {
         const TextPosition to = viewport.hitTest(x, y);

@@ -11,6 +11,7 @@ namespace {
 /// A number of equal lines out of a run.
 RowRun linesOf(const RowRun& run, int64_t units, int64_t lines)
 {
+    assert(lines >= 0 && lines <= run.lines && units >= lines);
     return {.units = units, .lines = lines, .rows = lines * run.rowsPerLine()};
 }
 
@@ -44,6 +45,7 @@ RowRuns RowMap::runsOf(const Rope& text, Range stretch) const
 /// Replaces runs and joins what is put in with its equals on both sides.
 void RowMap::replaceRuns(int64_t first, int64_t last, const RowRuns& middle)
 {
+    assert(0 <= first && first <= last && last <= m_runs.size());
     RowRuns joined;
     if (first > 0)
         joined.add(m_runs[--first]);
@@ -114,6 +116,8 @@ void RowMap::countNear(const Rope& text, int64_t offset)
 
 RowMap::Piece RowMap::pieceAt(const Rope& text, int64_t offset, Affinity affinity)
 {
+    assert(offset >= 0 && offset <= text.length());
+    assert(m_runs.summary().units == text.length() + 1 && "the map is of another text");
     if (affinity == Affinity::upstream && offset > 0 && text.at(offset - 1) != u'\n')
         --offset;
     open(text, offset);
@@ -171,6 +175,7 @@ RowMap::Place RowMap::placeOf(const Rope& text, Row row)
 
 void RowMap::setMeasured(const Piece& piece, int64_t rows)
 {
+    assert(rows >= 1);
     const Found found = runAt(piece.units.location);
     const RowRun run = *found.item;
     assert(!run.isStretch());
@@ -235,6 +240,7 @@ RowMap::Change RowMap::applyEdit(const Rope& oldText, const Rope& text, const Te
 {
     const Range replaced = edit.replaced();
     const int64_t change = edit.changeInLength;
+    assert(text.length() == oldText.length() + change && replaced.end() <= oldText.length());
     const int64_t changeInLines = text.lineCount() - oldText.lineCount();
     if (replaced == Range{0, oldText.length()}) {
         rebuild(text, m_columns);
@@ -257,6 +263,7 @@ RowMap::Change RowMap::applyEdit(const Rope& oldText, const Rope& text, const Te
         middle.add(linesOf(*last.item, last.before.units + last.item->units - oldEnd,
             last.before.lines + last.item->lines - number(right.line) - 1));
     replaceRuns(first.index, last.index + 1, middle);
+    assert(m_runs.summary().units == text.length() + 1);
     return {.replaced = Range::between(start, right.units.end()),
         .changeInLength = change,
         .changeInLines = changeInLines,

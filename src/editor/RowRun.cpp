@@ -4,6 +4,7 @@
 #include "editor/SegmentCuts.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 
 namespace quillmark {
@@ -37,6 +38,7 @@ void RowRuns::add(const RowRun& run)
 {
     if (run.units == 0)
         return;
+    assert(run.units >= run.lines && run.lines >= 0 && run.rows >= 1);
     if (m_runs.empty() || !areAlike(m_runs.back(), run)) {
         m_runs.push_back(run);
         return;
@@ -127,6 +129,7 @@ RowRun RowEstimate::rough(Range stretch) const
         extraRows += counted.rows - counted.lines;
         units += counted.units;
     }
+    assert(units > 0);
     const double extra
         = static_cast<double>(extraRows) / static_cast<double>(units) * static_cast<double>(stretch.length);
     const int64_t lines = linesIn(stretch);
@@ -140,6 +143,7 @@ RowRun RowEstimate::partOf(const RowRun& rough, Range part) const
 {
     if (part.isEmpty())
         return {};
+    assert(rough.kind == RowRun::Kind::rough && part.length <= rough.units);
     const int64_t lines = linesIn(part);
     const double share = static_cast<double>(part.length) / static_cast<double>(rough.units);
     const int64_t extra = std::llround(static_cast<double>(rough.rows - rough.lines) * share);
@@ -153,6 +157,7 @@ int64_t RowEstimate::borderAtOrBefore(Range stretch, int64_t offset) const
 {
     if (offset <= stretch.location)
         return stretch.location;
+    assert(offset < stretch.end());
     const LineInStretch line(m_text, stretch, offset);
     return line.isOneRun() ? line.part.units.location : cutAtOrBefore(m_text, line.part, offset);
 }

@@ -5,6 +5,7 @@
 
 #include "text/Rope.h"
 
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -41,7 +42,11 @@ struct RowRun {
     int64_t rows = 0; ///< of all lines together
     Kind kind = Kind::lines;
 
-    int64_t rowsPerLine() const { return rows / lines; } ///< of lines
+    int64_t rowsPerLine() const ///< of lines
+    {
+        assert(kind == Kind::lines && lines > 0 && rows % lines == 0);
+        return rows / lines;
+    }
     bool isStretch() const { return kind == Kind::counted || kind == Kind::rough; }
     Sum summary() const { return {units, lines, rows, kind == Kind::rough ? units : 0}; }
     bool operator==(const RowRun&) const = default;

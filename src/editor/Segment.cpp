@@ -1,6 +1,7 @@
 #include "editor/Segment.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quillmark {
 
@@ -35,6 +36,7 @@ Span RowLayout::edges() const
 
 RowLayout Segment::row(int index) const
 {
+    assert(index >= 0 && index < rowCount());
     const Range shown = shaped->row(index);
     const Range units = Range::between(insertion.textUnit(shown.location), insertion.textUnit(shown.end()));
     return {.shaped = shaped,

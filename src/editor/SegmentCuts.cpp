@@ -3,6 +3,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quillmark {
 namespace {
@@ -19,6 +20,7 @@ bool standsAlone(char16_t before, char16_t after)
 
 int64_t cutNear(const Rope& text, int64_t wanted)
 {
+    assert(wanted >= blankSearch && wanted <= text.length());
     const std::u16string before = text.text({wanted - blankSearch, blankSearch});
     const size_t blank = before.find_last_of(u" \t");
     if (blank != std::u16string::npos) {
@@ -76,6 +78,7 @@ int64_t characterBoundaryAtOrBefore(const Rope& text, int64_t offset)
 
 std::vector<int64_t> segmentEnds(const Rope& text, const LinePart& part)
 {
+    assert(part.lineStart <= part.units.location && part.units.end() <= text.length());
     const Grid grid(part);
     std::vector<int64_t> ends;
     int64_t start = part.units.location;
@@ -89,6 +92,7 @@ std::vector<int64_t> segmentEnds(const Rope& text, const LinePart& part)
 
 int64_t cutAtOrBefore(const Rope& text, const LinePart& part, int64_t offset)
 {
+    assert(offset >= part.units.location && offset <= part.units.end());
     const Grid grid(part);
     // A cut lies at its place of the grid or up to `blankSearch` before it.
     for (int64_t wanted = grid.atOrBehind(offset); wanted >= grid.first; wanted -= segmentTarget) {
@@ -101,6 +105,7 @@ int64_t cutAtOrBefore(const Rope& text, const LinePart& part, int64_t offset)
 
 int64_t cutAtOrBehind(const Rope& text, const LinePart& part, int64_t offset)
 {
+    assert(offset >= part.units.location && offset <= part.units.end());
     const Grid grid(part);
     for (int64_t wanted = std::max(grid.first, grid.atOrBehind(offset));; wanted += segmentTarget) {
         const int64_t cut = cutAt(text, part, grid, wanted);

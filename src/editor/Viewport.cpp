@@ -4,6 +4,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <utility>
 
@@ -56,6 +57,7 @@ void Viewport::applyEdit(const TextEdit& edit)
         m_anchorOffset += edit.changeInLength;
     else if (replaced.location < m_anchorOffset)
         m_anchorOffset = replaced.location;
+    assert(m_anchorOffset >= 0 && m_anchorOffset <= m_layout.text().length());
     m_isStale = true;
 }
 
@@ -119,11 +121,13 @@ double Viewport::fill(const Cursor& first)
         m_rows.push_back({.row = row, .top = cursor.top, .layout = cursor.segment.row(cursor.index)});
         row = row + 1;
     } while (cursor.top + rowHeight < m_height && stepDown(cursor));
+    assert(!m_rows.empty());
     return endsText(m_rows.back().layout) ? m_height - (cursor.top + rowHeight + m_inset) : 0;
 }
 
 void Viewport::anchorAt(const Cursor& first)
 {
+    assert(first.top <= std::max(0.0, m_inset) && "a row above would be visible");
     const Range row = first.segment.row(first.index).range;
     const bool isInRow = m_anchorOffset == row.location
         || (row.contains(m_anchorOffset) && first.segment.range.contains(m_anchorOffset));
@@ -266,6 +270,7 @@ CaretPlace Viewport::placeOf(TextPosition position)
 
 const RowLayout& Viewport::rowAtY(double y) const
 {
+    assert(!m_rows.empty());
     const double index = std::floor((y - m_rows.front().top) / m_layout.metrics().height);
     const double last = static_cast<double>(m_rows.size() - 1);
     return m_rows[static_cast<size_t>(std::clamp(index, 0.0, last))].layout;

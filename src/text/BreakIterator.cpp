@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cassert>
+#include <limits>
 #include <memory>
 
 namespace quillmark {
@@ -24,6 +25,7 @@ Owned open(UBreakIteratorType type)
 
 UBreakIterator* breakIterator(UBreakIteratorType type, std::u16string_view text)
 {
+    assert(type <= UBRK_WORD && text.size() <= std::numeric_limits<int32_t>::max());
     thread_local std::array<Owned, UBRK_WORD + 1> iterators;
     Owned& iterator = iterators[type];
     if (!iterator)

@@ -7,6 +7,8 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
+#include <limits>
 #include <unicode/uchar.h>
 #include <unicode/uscript.h>
 
@@ -127,6 +129,7 @@ UBreakIterator* clusters(const UnitReader& text, Range stretch, std::u16string& 
 
 int32_t distance(int64_t from, int64_t to)
 {
+    assert(from <= to && to - from <= std::numeric_limits<int32_t>::max());
     return static_cast<int32_t>(to - from);
 }
 

@@ -176,6 +176,7 @@ Result<Regex> Regex::compile(std::u16string_view pattern, Options options)
 Regex::Outcome Regex::forEachMatch(std::u16string_view text, Range within, const Limits& limits,
     const std::function<bool(const Match&)>& found)
 {
+    assert(m_impl && "the expression was moved away");
     if (!fitsIcu(text))
         return Outcome::tooComplex;
     const auto length = static_cast<int64_t>(text.size());

@@ -212,6 +212,7 @@ template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::appendLe
 /// Makes the leaf before a seam and the leaf behind it sound: large enough, and no pair split between them.
 template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::rejoin(int64_t seam)
 {
+    assert(0 < seam && seam < m_leaves.size());
     const RopeLeaf& left = m_leaves[seam - 1];
     const RopeLeaf& right = m_leaves[seam];
     const bool splitsPair = isHighSurrogate(left[left.length() - 1]) && isLowSurrogate(right[0]);
@@ -234,6 +235,7 @@ template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::rejoin(i
 
 template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::Builder::push(RopeLeaf leaf)
 {
+    assert(leaf.length() >= minUnits && leaf.length() <= maxUnits);
     if (m_last.length() > 0)
         m_leaves.push(std::move(m_last));
     m_last = std::move(leaf);
@@ -242,6 +244,7 @@ template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::Builder:
 /// Makes a leaf of the first pending units.
 template <int leafUnits, int fanout> void BasicRope<leafUnits, fanout>::Builder::flush(size_t count)
 {
+    assert(0 < count && count <= m_pending.size());
     push(RopeLeaf(std::u16string_view(m_pending).substr(0, count)));
     m_pending.erase(0, count);
 }

@@ -8,6 +8,7 @@
 #include "base/SumTree.h"
 #include "text/RopeLeaf.h"
 
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -74,7 +75,11 @@ private:
     static constexpr int64_t minUnits = leafUnits / 2; ///< of every leaf but an only one
     static constexpr int64_t maxUnits = leafUnits + leafUnits / 2; ///< and one more where a pair was joined
 
-    Range cut(Range range) const { return intersection(range, {0, length()}); }
+    Range cut(Range range) const
+    {
+        assert(range.length >= 0);
+        return intersection(range, {0, length()});
+    }
     typename Tree::Found leafAt(int64_t offset) const
     {
         return m_leaves.template find<&TextSummary::units>(offset);

@@ -1,11 +1,13 @@
 #include "text/RopeLeaf.h"
 
+#include <cassert>
 #include <new>
 
 namespace quillmark {
 
 namespace {
 
+constexpr size_t mostUnits = 0x7FFF'FFFF; // the line feeds are counted in 31 bits
 constexpr size_t slack = 256; // units that an edited leaf may grow by before it is moved again
 
 std::span<const char16_t> spanOf(std::u16string_view text)
@@ -32,6 +34,7 @@ RopeLeaf::RopeLeaf(std::span<const uint8_t> latin1)
     : m_block(Block::create(latin1.size()))
     , m_length(static_cast<uint32_t>(latin1.size()))
 {
+    assert(latin1.size() <= mostUnits);
     units::copy(latin1, static_cast<uint8_t*>(m_block->text()));
     m_lineFeeds = static_cast<uint32_t>(units::countLineFeeds(latin1)) & 0x7FFF'FFFF;
 }
@@ -39,6 +42,7 @@ RopeLeaf::RopeLeaf(std::span<const uint8_t> latin1)
 RopeLeaf::RopeLeaf(std::u16string_view text)
     : m_length(static_cast<uint32_t>(text.size()))
 {
+    assert(text.size() <= mostUnits);
     const auto from = spanOf(text);
     m_isWide = !units::isLatin1(from);
     m_lineFeeds = static_cast<uint32_t>(units::countLineFeeds(from)) & 0x7FFF'FFFF;
@@ -78,6 +82,7 @@ template <class Unit> void RopeLeaf::splice(int64_t at, int64_t count, std::u16s
 {
     const size_t tailLength = m_length - static_cast<size_t>(at + count);
     const size_t newLength = m_length - static_cast<size_t>(count) + with.size();
+    assert(newLength <= mostUnits);
     const bool becomesWide = sizeof(Unit) == sizeof(char16_t);
     if (becomesWide == m_isWide && newLength * sizeof(Unit) <= m_block->capacity && m_block.isUnique()) {
         Unit* hole = static_cast<Unit*>(m_block->text()) + at;

@@ -6,6 +6,7 @@
 #include "base/IntrusivePointer.h"
 #include "text/Units.h"
 
+#include <cassert>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -37,12 +38,14 @@ public:
 
     char16_t operator[](int64_t offset) const
     {
+        assert(offset >= 0 && offset < m_length);
         return m_isWide ? wide()[static_cast<size_t>(offset)] : narrow()[static_cast<size_t>(offset)];
     }
 
     /// Calls `use` with a part of the text as it is stored, a span of uint8_t or of char16_t.
     template <class Use> auto with(int64_t offset, int64_t length, Use&& use) const
     {
+        assert(offset >= 0 && length >= 0 && offset + length <= m_length);
         const auto at = static_cast<size_t>(offset);
         const auto count = static_cast<size_t>(length);
         return m_isWide ? use(wide().subspan(at, count)) : use(narrow().subspan(at, count));

@@ -17,6 +17,7 @@ class KeptText {
 public:
     KeptText(const Rope& text, Range range)
     {
+        assert(range.location >= 0 && range.end() <= text.length());
         if (range.length <= longestString)
             m_text = text.text(range);
         else
@@ -31,6 +32,7 @@ public:
 
     void insert(int64_t offset, const KeptText& other)
     {
+        assert(offset >= 0 && offset <= length());
         if (auto* string = std::get_if<std::u16string>(&m_text)) {
             if (length() + other.length() <= longestString) {
                 string->insert(static_cast<size_t>(offset), std::get<std::u16string>(other.m_text));
@@ -111,6 +113,7 @@ struct UndoManager::Impl {
 
 void UndoManager::Impl::record(const TextEdit& edit, const Rope& oldText)
 {
+    assert(edit.edited.end() <= storage.length());
     if (isMaking)
         return;
     forget(redoable);
@@ -128,6 +131,7 @@ void UndoManager::Impl::record(const TextEdit& edit, const Rope& oldText)
 
 void UndoManager::Impl::keep(Step step)
 {
+    assert(depth == 0 && !step.changes.empty());
     if (lastMayGrow && !undoable.empty() && joinsLast(step))
         join(std::move(step));
     else
@@ -161,6 +165,7 @@ bool UndoManager::Impl::joinsLast(const Step& step) const
 
 void UndoManager::Impl::join(Step step)
 {
+    assert(!undoable.empty() && undoable.back().changes.size() == 1 && step.changes.size() == 1);
     Step& last = undoable.back();
     Change& grown = last.changes.front();
     const Change& added = step.changes.front();
@@ -175,9 +180,11 @@ void UndoManager::Impl::join(Step step)
 /// Makes the changes of a step and turns them into those that take them back.
 void UndoManager::Impl::make(Step& step)
 {
+    assert(!isMaking && depth == 0 && !step.changes.empty());
     isMaking = true;
     for (Change& change : step.changes | std::views::reverse) {
         const Rope oldText = storage.text();
+        assert(change.range.end() <= oldText.length() && "the text was changed behind its history");
         change.with.putInto(storage, change.range);
         change = {{change.range.location, change.with.length()}, KeptText(oldText, change.range)};
     }
@@ -202,6 +209,7 @@ UndoManager::~UndoManager() = default;
 
 void UndoManager::begin(Kind kind, Selection before, SteadyTime now)
 {
+    assert(!m_impl->isMaking);
     if (m_impl->depth++ == 0)
         m_impl->open = {.kind = kind, .before = before, .after = {}, .time = now, .changes = {}};
 }

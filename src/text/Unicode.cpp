@@ -145,6 +145,7 @@ bool canonicallyEqual(std::u16string_view a, std::u16string_view b)
         return true;
     if (isAscii(a) && isAscii(b))
         return false;
+    assert(a.size() <= longestPiece && b.size() <= longestPiece);
     UErrorCode status = U_ZERO_ERROR;
     const int32_t order = unorm_compare(
         a.data(), static_cast<int32_t>(a.size()), b.data(), static_cast<int32_t>(b.size()), 0, &status);

@@ -3,6 +3,7 @@
 #include "text/Units.h"
 
 #include <algorithm>
+#include <cassert>
 #include <unicode/utf16.h>
 
 namespace quillmark {
@@ -18,6 +19,7 @@ char32_t UnitReader::codePointAt(int64_t offset)
 
 char32_t UnitReader::codePointBefore(int64_t offset)
 {
+    assert(offset > 0);
     const char16_t unit = (*this)[offset - 1];
     if (!U16_IS_TRAIL(unit) || offset == 1)
         return unit;
@@ -34,6 +36,7 @@ int64_t UnitReader::startOfCodePoint(int64_t offset)
 
 std::u16string_view UnitReader::contiguous(Range range, std::u16string& storage) const
 {
+    assert(range.location >= 0 && range.length >= 0 && range.end() <= m_length);
     if (!m_rope)
         return {m_units + range.location, static_cast<size_t>(range.length)};
     storage = m_rope->text(range);
@@ -42,6 +45,7 @@ std::u16string_view UnitReader::contiguous(Range range, std::u16string& storage)
 
 void UnitReader::moveWindow(int64_t offset)
 {
+    assert(m_rope && "a string is one window");
     constexpr auto size = static_cast<int64_t>(std::tuple_size_v<decltype(m_buffer)>);
     const int64_t latestStart = std::max<int64_t>(0, m_length - size);
     m_window.location = std::clamp<int64_t>(offset - size / 2, 0, latestStart);

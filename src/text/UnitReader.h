@@ -5,6 +5,7 @@
 #include "text/Rope.h"
 
 #include <array>
+#include <cassert>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,7 @@ public:
 
     char16_t operator[](int64_t offset) ///< 0 ≤ offset < length()
     {
+        assert(offset >= 0 && offset < m_length);
         if (!m_window.contains(offset))
             moveWindow(offset);
         return m_units[offset - m_window.location];

@@ -43,6 +43,7 @@ template <class Unit> using VectorOf = std::conditional_t<sizeof(Unit) == 1, Byt
 /// How many units of a short stretch are line feeds: at most 255 vectors, so that no lane overflows.
 template <class Unit> inline int64_t countLineFeedsInVectors(const Unit* text, size_t vectors)
 {
+    assert(vectors <= 255);
     using Vector = VectorOf<Unit>;
     constexpr size_t lanes = sizeof(Vector) / sizeof(Unit);
     Vector counts{};
