@@ -137,20 +137,6 @@ TEST_F(Composing, ReplacesWhatTheInputMethodNames)
     EXPECT_EQ(marked(view), "one «two» three");
 }
 
-TEST_F(Composing, StaysWhereItIsWhenTheViewChangesAroundIt)
-{
-    install(view, "first\nsecond|");
-    view.compose(preedit(u"漢字"));
-    view.setVisibleSize(7 * cell, 10 * row);
-    EXPECT_EQ(view.caretPlace().x, 4 * cell);
-    editor.shaper.setScale(2);
-    view.fontChanged();
-    view.setVisibleSize(1, 1);
-    view.setVisibleSize(20 * cell, 10 * row);
-    view.commitComposition();
-    EXPECT_EQ(marked(view), "first\nsecond漢字|");
-}
-
 TEST_F(Composing, WorksBetweenTheSegmentsOfALongLine)
 {
     view.setText(Rope(std::u16string(20'000, u'x')));
@@ -164,16 +150,6 @@ TEST_F(Composing, WorksBetweenTheSegmentsOfALongLine)
         view.compose({});
         EXPECT_EQ(view.contentHeight(), before) << offset;
     }
-}
-
-TEST_F(Composing, DoesNothingWhileNotEditable)
-{
-    install(view, "a «b» c");
-    view.setEditable(false);
-    view.compose(preedit(u"x"));
-    view.insertComposed(u"x", {-1, 1});
-    EXPECT_EQ(marked(view), "a «b» c");
-    EXPECT_EQ(view.composition(), nullptr);
 }
 
 } // namespace
