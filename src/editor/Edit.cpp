@@ -23,7 +23,7 @@ bool fits(const Edit& edit, const Rope& text)
         length += replacement.change();
     }
     const Range selected = edit.selection.range();
-    return selected.location >= 0 && selected.end() <= length;
+    return !edit.replacements.empty() && selected.location >= 0 && selected.end() <= length;
 }
 
 } // namespace quillmark

@@ -22,8 +22,8 @@ struct Replacement {
 };
 
 struct Edit {
-    std::vector<Replacement>
-        replacements; ///< in the order of the text, disjoint, splitting no surrogate pair
+    /// In the order of the text, disjoint, splitting no surrogate pair; at least one.
+    std::vector<Replacement> replacements;
     Selection selection; ///< in the new text
 };
 

@@ -11,26 +11,26 @@ namespace quillmark {
 char32_t UnitReader::codePointAt(int64_t offset)
 {
     const char16_t unit = (*this)[offset];
-    if (!U16_IS_LEAD(unit) || offset + 1 == m_length)
+    if (!isHighSurrogate(unit) || offset + 1 == m_length)
         return unit;
     const char16_t next = (*this)[offset + 1];
-    return U16_IS_TRAIL(next) ? static_cast<char32_t>(U16_GET_SUPPLEMENTARY(unit, next)) : unit;
+    return isLowSurrogate(next) ? static_cast<char32_t>(U16_GET_SUPPLEMENTARY(unit, next)) : unit;
 }
 
 char32_t UnitReader::codePointBefore(int64_t offset)
 {
     assert(offset > 0);
     const char16_t unit = (*this)[offset - 1];
-    if (!U16_IS_TRAIL(unit) || offset == 1)
+    if (!isLowSurrogate(unit) || offset == 1)
         return unit;
     const char16_t previous = (*this)[offset - 2];
-    return U16_IS_LEAD(previous) ? static_cast<char32_t>(U16_GET_SUPPLEMENTARY(previous, unit)) : unit;
+    return isHighSurrogate(previous) ? static_cast<char32_t>(U16_GET_SUPPLEMENTARY(previous, unit)) : unit;
 }
 
 int64_t UnitReader::startOfCodePoint(int64_t offset)
 {
-    const bool isInsidePair = offset > 0 && offset < m_length && U16_IS_TRAIL((*this)[offset])
-        && U16_IS_LEAD((*this)[offset - 1]);
+    const bool isInsidePair = offset > 0 && offset < m_length && isLowSurrogate((*this)[offset])
+        && isHighSurrogate((*this)[offset - 1]);
     return isInsidePair ? offset - 1 : offset;
 }
 

@@ -160,6 +160,8 @@ private:
             else
                 edit.replacements.push_back({Range::between(start, end), u"новое\n"});
         }
+        if (edit.replacements.empty())
+            return;
         for (const Replacement& made : edit.replacements | std::views::reverse) {
             const auto* units = std::get_if<std::u16string>(&made.with);
             m_text.replace(static_cast<size_t>(made.range.location), static_cast<size_t>(made.range.length),
