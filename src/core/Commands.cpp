@@ -7,66 +7,64 @@
 namespace quillmark {
 namespace {
 
-/// The editor that has the focus, when the user may change its text.
-PlainTextView* editableView(Shell& shell)
+bool canEdit(const PlainTextView& view, EditAction action)
 {
-    PlainTextView* const view = shell.focusedTextView();
-    return view && view->isEditable() ? view : nullptr;
+    const bool hasSelection = !view.selection().isEmpty();
+    switch (action) {
+    case EditAction::undo:
+        return view.isEditable() && view.canUndo();
+    case EditAction::redo:
+        return view.isEditable() && view.canRedo();
+    case EditAction::cut:
+    case EditAction::remove:
+        return view.isEditable() && hasSelection;
+    case EditAction::copy:
+        return hasSelection;
+    case EditAction::paste:
+        return view.isEditable();
+    case EditAction::selectAll:
+        return true;
+    }
+    return false;
 }
 
-bool hasSelection(const PlainTextView* view)
+void edit(PlainTextView& view, EditAction action)
 {
-    return view && !view->selection().isEmpty();
+    switch (action) {
+    case EditAction::undo:
+        return view.undo();
+    case EditAction::redo:
+        return view.redo();
+    case EditAction::cut:
+        return view.cut();
+    case EditAction::copy:
+        return view.copy();
+    case EditAction::paste:
+        return view.paste();
+    case EditAction::remove:
+        return view.deleteSelection();
+    case EditAction::selectAll:
+        return view.selectAll();
+    }
 }
 
-/// What a command does with the focused editor; nothing while the focus is elsewhere.
-template <void (PlainTextView::*operation)()> void inEditor(AppState&, Shell& shell)
+template <EditAction action> bool canEdit(const AppState&, Shell& shell)
+{
+    const PlainTextView* const view = shell.focusedTextView();
+    return view ? canEdit(*view, action) : shell.canEditField(action);
+}
+
+template <EditAction action> void edit(AppState&, Shell& shell)
 {
     if (PlainTextView* const view = shell.focusedTextView())
-        (view->*operation)();
-}
-
-void paste(AppState&, Shell& shell)
-{
-    if (PlainTextView* const view = shell.focusedTextView())
-        view->paste();
+        edit(*view, action);
+    else
+        shell.editField(action);
 }
 
 template <int offset> void selectNeighbour(AppState& app, Shell&)
 {
     app.selectAdjacentTab(offset);
-}
-
-bool hasFocusedEditor(const AppState&, Shell& shell)
-{
-    return shell.focusedTextView();
-}
-
-bool canEdit(const AppState&, Shell& shell)
-{
-    return editableView(shell);
-}
-
-bool canDelete(const AppState&, Shell& shell)
-{
-    return hasSelection(editableView(shell));
-}
-
-bool canCopy(const AppState&, Shell& shell)
-{
-    return hasSelection(shell.focusedTextView());
-}
-
-bool canUndo(const AppState&, Shell& shell)
-{
-    const PlainTextView* const view = editableView(shell);
-    return view && view->canUndo();
-}
-
-bool canRedo(const AppState&, Shell& shell)
-{
-    const PlainTextView* const view = editableView(shell);
-    return view && view->canRedo();
 }
 
 bool hasActiveTab(const AppState& app, Shell&)
@@ -125,9 +123,10 @@ void showRecovered(AppState&, Shell& shell)
     shell.showRecovered();
 }
 
-void goToLine(AppState& app, Shell&)
+void goToLine(AppState& app, Shell& shell)
 {
     app.goToLineVisible.set(true);
+    shell.enterGoToLine();
 }
 
 void useLF(AppState& app, Shell&)
@@ -257,46 +256,46 @@ const std::array table = {
         .group = 0,
         .menuTitle = "Отменить",
         .keySigns = "⌘Z",
-        .linuxKeys = {"Ctrl+Z", "Alt+Backspace"},
+        .linuxKeys = {"Ctrl+Z", "Alt+Backspace", "Undo"},
         .icon = "",
-        .isEnabled = canUndo,
-        .run = inEditor<&PlainTextView::undo>},
+        .isEnabled = canEdit<EditAction::undo>,
+        .run = edit<EditAction::undo>},
     Command{.id = "edit.redo",
         .menu = Menu::edit,
         .group = 0,
         .menuTitle = "Повторить",
         .keySigns = "⇧⌘Z",
-        .linuxKeys = {"Ctrl+Shift+Z", "Ctrl+Y"},
+        .linuxKeys = {"Ctrl+Shift+Z", "Ctrl+Y", "Redo"},
         .icon = "",
-        .isEnabled = canRedo,
-        .run = inEditor<&PlainTextView::redo>},
+        .isEnabled = canEdit<EditAction::redo>,
+        .run = edit<EditAction::redo>},
     Command{.id = "edit.cut",
         .menu = Menu::edit,
         .group = 1,
         .menuTitle = "Вырезать",
         .keySigns = "⌘X",
-        .linuxKeys = {"Ctrl+X", "Shift+Del"},
+        .linuxKeys = {"Ctrl+X", "Shift+Del", "Cut"},
         .icon = "",
-        .isEnabled = canDelete,
-        .run = inEditor<&PlainTextView::cut>},
+        .isEnabled = canEdit<EditAction::cut>,
+        .run = edit<EditAction::cut>},
     Command{.id = "edit.copy",
         .menu = Menu::edit,
         .group = 1,
         .menuTitle = "Копировать",
         .keySigns = "⌘C",
-        .linuxKeys = {"Ctrl+C", "Ctrl+Ins"},
+        .linuxKeys = {"Ctrl+C", "Ctrl+Ins", "Copy"},
         .icon = "",
-        .isEnabled = canCopy,
-        .run = inEditor<&PlainTextView::copy>},
+        .isEnabled = canEdit<EditAction::copy>,
+        .run = edit<EditAction::copy>},
     Command{.id = "edit.paste",
         .menu = Menu::edit,
         .group = 1,
         .menuTitle = "Вставить",
         .keySigns = "⌘V",
-        .linuxKeys = {"Ctrl+V", "Shift+Ins"},
+        .linuxKeys = {"Ctrl+V", "Shift+Ins", "Paste"},
         .icon = "",
-        .isEnabled = canEdit,
-        .run = paste},
+        .isEnabled = canEdit<EditAction::paste>,
+        .run = edit<EditAction::paste>},
     Command{.id = "edit.delete",
         .menu = Menu::edit,
         .group = 1,
@@ -304,8 +303,8 @@ const std::array table = {
         .keySigns = "",
         .linuxKeys = {},
         .icon = "",
-        .isEnabled = canDelete,
-        .run = inEditor<&PlainTextView::deleteSelection>},
+        .isEnabled = canEdit<EditAction::remove>,
+        .run = edit<EditAction::remove>},
     Command{.id = "edit.selectAll",
         .menu = Menu::edit,
         .group = 1,
@@ -313,8 +312,8 @@ const std::array table = {
         .keySigns = "⌘A",
         .linuxKeys = {"Ctrl+A"},
         .icon = "",
-        .isEnabled = hasFocusedEditor,
-        .run = inEditor<&PlainTextView::selectAll>},
+        .isEnabled = canEdit<EditAction::selectAll>,
+        .run = edit<EditAction::selectAll>},
     Command{.id = "edit.goToLine",
         .menu = Menu::edit,
         .group = 2,

@@ -9,11 +9,16 @@
 
 namespace quillmark {
 
+/// What the edit menu does with the text that has the keyboard.
+enum class EditAction { undo, redo, cut, copy, paste, remove, selectAll };
+
 /// What a command asks of the windows.
 class Shell {
 public:
     virtual ~Shell() = default;
     virtual PlainTextView* focusedTextView() = 0; ///< null when the focus is elsewhere
+    virtual bool canEditField(EditAction action) = 0; ///< false unless a text field of one line has the focus
+    virtual void editField(EditAction action) = 0; ///< nothing where it cannot
     virtual std::vector<Path> chooseFilesToOpen() = 0; ///< modal panel; empty when cancelled
     /// Modal panel that asks before it returns a file that exists; nothing when cancelled.
     virtual std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) = 0;
@@ -21,6 +26,7 @@ public:
     virtual void toggleSidebar() = 0;
     virtual void searchNotes() = 0; ///< the keyboard goes to the field for a search among the notes
     virtual void showRecovered() = 0; ///< the window with the texts of the recovery folder
+    virtual void enterGoToLine() = 0; ///< the keyboard goes to the field for a line's number, if it is shown
     virtual void quit() = 0;
 };
 

@@ -15,6 +15,8 @@ struct CommandsTest : AppTest, Shell {
     int searches = 0;
     int sidebarToggles = 0;
     int quits = 0;
+    std::optional<EditAction> fieldAction; ///< that a field would allow
+    int fieldEdits = 0;
 
     PlainTextView* focusedTextView() override { return focused; }
     std::vector<Path> chooseFilesToOpen() override { return chosen; }
@@ -27,7 +29,10 @@ struct CommandsTest : AppTest, Shell {
     void searchNotes() override { ++searches; }
     void toggleSidebar() override { ++sidebarToggles; }
     void showRecovered() override {}
+    void enterGoToLine() override {}
     void quit() override { ++quits; }
+    bool canEditField(EditAction action) override { return action == fieldAction; }
+    void editField(EditAction) override { ++fieldEdits; }
 
     bool enabled(std::string_view id)
     {
@@ -80,6 +85,10 @@ TEST_F(CommandsTest, EditingGoesToTheEditorThatHasTheFocus)
         }
     }
     EXPECT_EQ(shown(), "words");
+    EXPECT_EQ(fieldEdits, 7);
+    fieldAction = EditAction::copy;
+    EXPECT_TRUE(enabled("edit.copy"));
+    EXPECT_FALSE(enabled("edit.cut"));
 }
 
 } // namespace

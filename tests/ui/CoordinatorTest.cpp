@@ -22,7 +22,7 @@ protected:
         view = new EditorView(scheduler, clipboard, &window);
         window.resize(600, 400);
         view->setGeometry(window.rect());
-        coordinator = std::make_unique<Coordinator>(*app, scheduler, *view);
+        coordinator = std::make_unique<Coordinator>(*app, *view);
         window.show();
         window.activateWindow();
         settle();

@@ -36,63 +36,6 @@ TEST_F(EditorViewTest, MovesAndSelectsByKeys)
     press(Qt::Key_Down, none);
     press(Qt::Key_Home, control | shift | Qt::KeypadModifier);
     EXPECT_EQ(selected().location, 0);
-    press(Qt::Key_A, control);
-    EXPECT_EQ(selected(), (Range{0, 19}));
-    type(QStringLiteral("x"));
-    EXPECT_EQ(text(), u"x");
-}
-
-TEST_F(EditorViewTest, UndoesAndUsesTheClipboardByKeys)
-{
-    type(QStringLiteral("word"));
-    press(Qt::Key_Z, control);
-    EXPECT_EQ(text(), u"");
-    press(Qt::Key_Z, control | shift);
-    EXPECT_EQ(text(), u"word");
-    press(Qt::Key_Z, control);
-    press(Qt::Key_Y, control);
-    EXPECT_EQ(text(), u"word");
-
-    press(Qt::Key_A, control);
-    press(Qt::Key_Insert, control);
-    press(Qt::Key_End, none);
-    press(Qt::Key_Insert, shift);
-    EXPECT_EQ(text(), u"wordword");
-    press(Qt::Key_A, control);
-    press(Qt::Key_Delete, shift);
-    EXPECT_EQ(text(), u"");
-    EXPECT_EQ(clipboard.text(Clipboard::Buffer::clipboard), u"wordword");
-}
-
-TEST_F(EditorViewTest, ShortcutsWorkUnderTheRussianLayout)
-{
-    constexpr quint32 keyOfA = 38;
-    constexpr quint32 keyOfZ = 52;
-    constexpr quint32 keyOfC = 54;
-    constexpr quint32 keyOfV = 55;
-    install(u"текст");
-    press(0x0424, control, {}, keyOfA); // Ф
-    press(0x0421, control, {}, keyOfC); // С
-    press(Qt::Key_End);
-    press(0x041C, control, {}, keyOfV); // М
-    EXPECT_EQ(text(), u"тексттекст");
-    press(0x042F, control, {}, keyOfZ); // Я
-    EXPECT_EQ(text(), u"текст");
-}
-
-TEST_F(EditorViewTest, TakesItsOwnKeysBeforeTheShortcutsOfTheWindow)
-{
-    const auto isTaken = [&](int key, Qt::KeyboardModifiers modifiers, const QString& text = {}) {
-        QKeyEvent event(QEvent::ShortcutOverride, key, modifiers, text);
-        event.setAccepted(false);
-        QCoreApplication::sendEvent(&view, &event);
-        return event.isAccepted();
-    };
-    EXPECT_TRUE(isTaken(Qt::Key_C, control));
-    EXPECT_TRUE(isTaken(Qt::Key_A, none, QStringLiteral("a")));
-    EXPECT_TRUE(isTaken(Qt::Key_Delete, control));
-    EXPECT_FALSE(isTaken(Qt::Key_N, control, QStringLiteral("\x0E")));
-    EXPECT_FALSE(isTaken(Qt::Key_F3, none));
 }
 
 TEST_F(EditorViewTest, ClicksSelectCharactersWordsAndLines)
@@ -189,7 +132,8 @@ TEST_F(EditorViewTest, PaintsBackgroundTextSelectionAndCaret)
         inked += qGray(pixel(x, middle)) < 128 ? 1 : 0;
     EXPECT_GT(inked, 4);
 
-    press(Qt::Key_A, control);
+    model().selectAll();
+    settle();
     image = paintedAnew();
     const double secondRow = middle + rowHeight();
     EXPECT_NE(pixel(EditorView::horizontalInset + 2, secondRow), background) << "a selected empty line";

@@ -74,10 +74,21 @@ private:
     {
         constexpr int keys[] = {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_Home,
             Qt::Key_End, Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Backspace, Qt::Key_Delete, Qt::Key_Return,
-            Qt::Key_Tab, Qt::Key_Backtab, Qt::Key_A, Qt::Key_C, Qt::Key_X, Qt::Key_V, Qt::Key_Z};
-        const int key = m_random.pick(keys);
-        const bool isLetter = key >= Qt::Key_A && key <= Qt::Key_Z;
-        press(key, (isLetter || m_random.oneIn(4) ? control : none) | maybe(shift));
+            Qt::Key_Tab, Qt::Key_Backtab};
+        press(m_random.pick(keys), (m_random.oneIn(4) ? control : none) | maybe(shift));
+        if (m_random.oneIn(4))
+            chooseCommand();
+    }
+
+    void chooseCommand()
+    {
+        using Command = void (*)(PlainTextView&);
+        constexpr Command menu[]
+            = {[](PlainTextView& text) { text.undo(); }, [](PlainTextView& text) { text.redo(); },
+                [](PlainTextView& text) { text.cut(); }, [](PlainTextView& text) { text.copy(); },
+                [](PlainTextView& text) { text.paste(); }, [](PlainTextView& text) { text.selectAll(); }};
+        m_random.pick(menu)(model());
+        settle();
     }
 
     void useMouse()

@@ -104,7 +104,7 @@ TEST_F(Sidebar, MenuDuplicatesAndDeletes)
     EXPECT_EQ(window.trash().recycled().size(), 2u);
 }
 
-TEST_F(Sidebar, ArrowKeysOpenNotesAndSkipSectionTitles)
+TEST_F(Sidebar, KeysWalkAlongTheRows)
 {
     for (const char* name : {"3", "2", "1"})
         window.addNote(name, name);
@@ -116,15 +116,19 @@ TEST_F(Sidebar, ArrowKeysOpenNotesAndSkipSectionTitles)
     ASSERT_EQ(activeRow(), 1);
     window.key(Qt::Key_Down);
     EXPECT_EQ(activeRow(), 3);
-    list().setFocus(); // the editor takes it with every document
     window.key(Qt::Key_End);
     EXPECT_EQ(activeRow(), 5);
-    list().setFocus();
     window.key(Qt::Key_Up);
     EXPECT_EQ(activeRow(), 4);
-    list().setFocus();
     window.key(Qt::Key_Home);
     EXPECT_EQ(activeRow(), 1);
+    window.type("3");
+    EXPECT_EQ(activeRow(), 5);
+    EXPECT_TRUE(list().hasFocus());
+    window.key(Qt::Key_Tab);
+    EXPECT_FALSE(list().hasFocus());
+    window.type("x");
+    EXPECT_EQ(window.app().editorText().length(), 2);
 }
 
 TEST_F(Sidebar, ScrollsToTheActiveNoteOnly)

@@ -74,7 +74,8 @@ TEST_F(GoToLine, GoesAndCloses)
     open();
     EXPECT_EQ(window.view().goToLineView()->field().text(), QString());
     window.type("99");
-    open(); // is open already, and stays
+    window.view().editorArea().editor().setFocus();
+    open(); // it is there already, and takes the keyboard alone
     ASSERT_TRUE(window.view().goToLineView());
     window.key(Qt::Key_Enter);
     EXPECT_EQ(window.app().cursorLine.get(), 4);
@@ -277,24 +278,6 @@ TEST(MainMenu, ShowsWhichLineEndsAreInUse)
     EXPECT_EQ(window.app().lineEndings.get(), "LF");
     row("file.revealNotesFolder")->trigger();
     EXPECT_EQ(window.revealed(), std::vector<Path>{window.notesFolder()});
-}
-
-TEST(MainMenu, OpenedByKeysItIsAboutTheTextBeforeIt)
-{
-    TestWindow window;
-    window.addNote("note", "words");
-    window.show();
-    auto* selectAll = window.view().findChild<QAction*>(QStringLiteral("edit.selectAll"));
-    window.key(Qt::Key_Alt);
-    window.key(Qt::Key_Right);
-    window.key(Qt::Key_Down); // "Правка" is open
-    ASSERT_TRUE(QApplication::activePopupWidget());
-    EXPECT_FALSE(window.view().editorArea().editor().hasFocus());
-    EXPECT_TRUE(selectAll->isEnabled());
-    selectAll->trigger();
-    EXPECT_EQ(window.app().textView()->selection().range().length, 5);
-    while (QWidget* popup = QApplication::activePopupWidget())
-        popup->close();
 }
 
 // ---- Dropped files

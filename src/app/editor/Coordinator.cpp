@@ -3,8 +3,6 @@
 #include "app/editor/EditorView.h"
 #include "desktop/Fonts.h"
 
-#include <QLineEdit>
-
 #include <algorithm>
 
 namespace quillmark {
@@ -16,9 +14,8 @@ constexpr int64_t longText = 500'000;
 
 } // namespace
 
-Coordinator::Coordinator(AppState& app, Scheduler& scheduler, EditorView& view)
+Coordinator::Coordinator(AppState& app, EditorView& view)
     : m_app(app)
-    , m_scheduler(scheduler)
     , m_view(view)
 {
     m_connections.emplace_back(app.settings.fontName.onChange([this](const auto&) { applyFont(); }));
@@ -81,16 +78,25 @@ void Coordinator::installText()
 {
     m_lastGeneration = m_app.loadGeneration.get();
     m_view.textView().setText(m_app.currentText());
-    const bool isSameDocument = m_lastTab && m_lastTab == m_app.activeTabID.get();
+    // At once: what is typed after a key that loads a text is meant for that text.
+    const bool isKept = keepsKeyboard && keepsKeyboard();
+    if (!isKept && (hasUserAskedForIt() || !isKeyboardElsewhere()))
+        m_view.setFocus();
     m_lastTab = m_app.activeTabID.get();
-    if (!isSameDocument || !isTypedElsewhere())
-        m_focus = m_scheduler.after(Duration::zero(), [this] { m_view.setFocus(); });
+    m_lastNote = m_app.activeNoteID();
 }
 
-/// A text that other programs changed comes in while the user is typing into a field.
-bool Coordinator::isTypedElsewhere() const
+/// Not so when other programs changed the text, or took the note away that was shown.
+bool Coordinator::hasUserAskedForIt() const
 {
-    return qobject_cast<const QLineEdit*>(m_view.window()->focusWidget());
+    const bool isRemoved = m_lastNote && !m_app.store.find(*m_lastNote);
+    return !isRemoved && m_lastTab != m_app.activeTabID.get();
+}
+
+bool Coordinator::isKeyboardElsewhere() const
+{
+    const QWidget* const holder = m_view.window()->focusWidget();
+    return holder && holder != &m_view && holder->isVisible();
 }
 
 void Coordinator::applyFont()

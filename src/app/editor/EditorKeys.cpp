@@ -1,7 +1,5 @@
 #include "app/editor/EditorKeys.h"
 
-#include "app/LatinKeys.h"
-
 #include <QKeyEvent>
 
 #include <algorithm>
@@ -38,15 +36,9 @@ struct CommandKey {
     KeyCommand command;
 };
 
-const Qt::KeyboardModifiers controlShift = Qt::ControlModifier | Qt::ShiftModifier;
 constexpr KeyCommand newline = [](PlainTextView& text) { text.insertNewline(); };
 constexpr KeyCommand deleteBackward = [](PlainTextView& text) { text.deleteBackward(); };
 constexpr KeyCommand unindent = [](PlainTextView& text) { text.unindent(); };
-constexpr KeyCommand undo = [](PlainTextView& text) { text.undo(); };
-constexpr KeyCommand redo = [](PlainTextView& text) { text.redo(); };
-constexpr KeyCommand cut = [](PlainTextView& text) { text.cut(); };
-constexpr KeyCommand copy = [](PlainTextView& text) { text.copy(); };
-constexpr KeyCommand paste = [](PlainTextView& text) { text.paste(); };
 
 const CommandKey commandKeys[] = {
     {Qt::Key_Return, Qt::NoModifier, newline},
@@ -62,28 +54,13 @@ const CommandKey commandKeys[] = {
     {Qt::Key_Backspace, Qt::ControlModifier, [](PlainTextView& text) { text.deleteWordBackward(); }},
     {Qt::Key_Delete, Qt::NoModifier, [](PlainTextView& text) { text.deleteForward(); }},
     {Qt::Key_Delete, Qt::ControlModifier, [](PlainTextView& text) { text.deleteWordForward(); }},
-    {Qt::Key_Z, Qt::ControlModifier, undo},
-    {Qt::Key_Undo, Qt::NoModifier, undo},
-    {Qt::Key_Z, controlShift, redo},
-    {Qt::Key_Y, Qt::ControlModifier, redo},
-    {Qt::Key_Redo, Qt::NoModifier, redo},
-    {Qt::Key_X, Qt::ControlModifier, cut},
-    {Qt::Key_Delete, Qt::ShiftModifier, cut},
-    {Qt::Key_Cut, Qt::NoModifier, cut},
-    {Qt::Key_C, Qt::ControlModifier, copy},
-    {Qt::Key_Insert, Qt::ControlModifier, copy},
-    {Qt::Key_Copy, Qt::NoModifier, copy},
-    {Qt::Key_V, Qt::ControlModifier, paste},
-    {Qt::Key_Insert, Qt::ShiftModifier, paste},
-    {Qt::Key_Paste, Qt::NoModifier, paste},
-    {Qt::Key_A, Qt::ControlModifier, [](PlainTextView& text) { text.selectAll(); }},
 };
 
 } // namespace
 
 std::optional<KeyAction> actionFor(const QKeyEvent& event)
 {
-    const int key = latinKey(event);
+    const int key = event.key();
     const Qt::KeyboardModifiers modifiers
         = event.modifiers() & ~(Qt::KeypadModifier | Qt::GroupSwitchModifier);
 

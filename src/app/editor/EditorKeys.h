@@ -1,4 +1,5 @@
-// What a key does in the editor, and what it types.
+// What a key does in the editor alone, motions and deletions, and what it types. Commands that a menu has too
+// are in the command table.
 #pragma once
 
 #include "editor/PlainTextView.h"
@@ -20,8 +21,7 @@ struct KeyMotion {
 using KeyCommand = void (*)(PlainTextView&);
 using KeyAction = std::variant<KeyMotion, KeyCommand>;
 
-/// What the editor does at a key, if anything. Letters of shortcuts are found by their place on the keyboard
-/// while a layout without Latin letters is active.
+/// What the editor does at a key, if anything.
 std::optional<KeyAction> actionFor(const QKeyEvent& event);
 void run(const KeyAction& action, PlainTextView& text);
 

@@ -35,6 +35,9 @@ public:
         return Connection(m_boundsChanged.connect(std::move(slot)));
     }
 
+    /// An event of the input method is then the answer to what the editor asked of it.
+    bool isTalkingToInputMethod() const { return m_isResettingInputMethod || m_isCommittingInputMethod; }
+
     QSize sizeHint() const override { return {800, 600}; }
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
@@ -114,6 +117,7 @@ private:
     Selection m_toldSelection; ///< that the input method knows of
     bool m_hasTextChanged = false; ///< since then
     bool m_isResettingInputMethod = false;
+    bool m_isCommittingInputMethod = false;
 
     std::optional<QPointF> m_pressOnSelection; ///< which becomes a drag or a click
     std::optional<QPointF> m_dropPlace; ///< where what is dragged over the view would be dropped

@@ -171,8 +171,11 @@ QVariant EditorView::inputMethodQuery(Qt::InputMethodQuery query) const
 /// One that can commit does so at once, by an event.
 void EditorView::askInputMethodToCommit()
 {
-    if (QGuiApplication::focusObject() == this)
-        QGuiApplication::inputMethod()->commit();
+    if (QGuiApplication::focusObject() != this)
+        return;
+    m_isCommittingInputMethod = true;
+    QGuiApplication::inputMethod()->commit();
+    m_isCommittingInputMethod = false;
 }
 
 void EditorView::resetInputMethod()

@@ -2,6 +2,7 @@
 
 #include "app/look/Paint.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <cmath>
@@ -13,7 +14,7 @@ TextButton::TextButton(const QFont& font, const QString& toolTip, QWidget* paren
 {
     setFont(font);
     setToolTip(toolTip);
-    setFocusPolicy(Qt::NoFocus);
+    setFocusPolicy(Qt::TabFocus); // a click leaves the keyboard where it is
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
 }
 
@@ -39,9 +40,19 @@ QSize TextButton::sizeHint() const
 void TextButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const bool isTouched = isDown() || underMouse();
+    const bool isTouched = isDown() || underMouse() || hasFocus();
+    QFont shown = font();
+    shown.setUnderline(hasFocus());
+    painter.setFont(shown);
     painter.setPen(color(isTouched ? ThemeColor::foreground : m_textColor));
     painter.drawText(rect(), Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine, text());
+}
+
+void TextButton::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        return click();
+    QAbstractButton::keyPressEvent(event);
 }
 
 void TextButton::enterEvent(QEnterEvent*)

@@ -1,4 +1,4 @@
-// A borderless button that shows one line of text and nothing else.
+// A borderless button that shows one line of text, underlined while it has the keyboard.
 #pragma once
 
 #include "editor/Theme.h"
@@ -22,6 +22,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     ThemeColor m_textColor = ThemeColor::secondaryText;

@@ -1,24 +1,28 @@
 #include "app/window/ContentView.h"
 
-#include "app/LatinKeys.h"
 #include "app/editor/EditorView.h"
 #include "app/look/Paint.h"
 #include "app/recovered/RecoveredWindow.h"
 #include "app/window/AccessibleWidgets.h"
 #include "app/window/DroppedFiles.h"
 #include "app/window/EditorArea.h"
+#include "app/window/FieldEditing.h"
 #include "app/window/MainMenu.h"
 #include "app/window/SplitView.h"
+#include "app/window/WindowKeys.h"
 #include "app/window/banners/Banners.h"
 #include "app/window/panels/FilePanels.h"
 #include "app/window/panels/GoToLineView.h"
 #include "app/window/sidebar/SearchField.h"
+#include "app/window/sidebar/SidebarList.h"
 #include "app/window/sidebar/SidebarView.h"
 #include "app/window/status/StatusBarView.h"
 #include "app/window/tabs/TabBarView.h"
 
 #include <QApplication>
 #include <QDropEvent>
+#include <QKeyEvent>
+#include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
 #include <QScreen>
@@ -56,9 +60,13 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     auto* split = new SplitView(m_sidebar, makeDetail(scheduler, clipboard), this);
     QVBoxLayout* column = makeColumn(this);
     m_menu = new MainMenu(app, *this, this);
+    m_keys = new WindowKeys(app, *this, *m_menu);
     column->setMenuBar(m_menu);
     column->addWidget(split, 1);
     resize(defaultSize.boundedTo(screen()->availableSize()));
+    m_editorArea->setKeepsKeyboard(
+        [this] { return m_sidebar->list().isWalking() || m_tabBar->strip().isWalking(); });
+    orderParts();
     watch();
 }
 
@@ -76,8 +84,21 @@ QWidget* ContentView::makeDetail(Scheduler& scheduler, Clipboard& clipboard)
     column->addWidget(m_tabBar);
     column->addWidget(new Banners(m_app, detail));
     column->addWidget(m_editorArea, 1);
-    column->addWidget(new StatusBarView(m_app, detail));
+    m_statusBar = new StatusBarView(m_app, detail);
+    column->addWidget(m_statusBar);
     return detail;
+}
+
+/// From the list the keyboard goes on to the text, and from there to what one needs less often.
+void ContentView::orderParts()
+{
+    QWidget* last = &m_editorArea->editor();
+    setTabOrder(&m_sidebar->list(), last);
+    for (QWidget* button : m_statusBar->buttons()) {
+        setTabOrder(last, button);
+        last = button;
+    }
+    setTabOrder(last, &m_tabBar->strip());
 }
 
 void ContentView::watch()
@@ -85,8 +106,7 @@ void ContentView::watch()
     m_connections.push_back(m_app.activeTabID.onChange([this](const auto&) { watchActiveTab(); }));
     m_connections.push_back(m_app.tabs.onChange([this](const auto&) { watchActiveTab(); }));
     m_connections.push_back(m_app.goToLineVisible.onChange([this](bool isShown) { showGoToLine(isShown); }));
-    new LatinShortcuts(*qApp, this);
-    connect(qApp, &QApplication::focusChanged, this, &ContentView::focusMoved);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* to) { focusMoved(to); });
     watchActiveTab();
 }
 
@@ -120,17 +140,34 @@ void ContentView::showGoToLine(bool isShown)
     }
 }
 
-PlainTextView* ContentView::focusedTextView()
+/// A menu that was opened by keys is about what had the keyboard before.
+QWidget* ContentView::keyboardHolder() const
 {
-    // A menu that was opened by keys is about what had the keyboard before.
-    const QWidget* const focused = focusWidget() == m_menu ? m_focusBeforeMenu.data() : focusWidget();
-    return focused == &m_editorArea->editor() ? m_app.textView() : nullptr;
+    return focusWidget() == m_menu ? m_lastFocused.data() : focusWidget();
 }
 
-void ContentView::focusMoved(QWidget* from, QWidget* to)
+PlainTextView* ContentView::focusedTextView()
 {
-    if (to == m_menu)
-        m_focusBeforeMenu = from;
+    return keyboardHolder() == &m_editorArea->editor() ? m_app.textView() : nullptr;
+}
+
+bool ContentView::canEditField(EditAction action)
+{
+    const auto* field = qobject_cast<QLineEdit*>(keyboardHolder());
+    return field && canEdit(*field, action);
+}
+
+void ContentView::editField(EditAction action)
+{
+    if (auto* field = qobject_cast<QLineEdit*>(keyboardHolder()))
+        edit(*field, action);
+}
+
+/// The menu bar takes the keyboard in passing, too, from menu to menu, and nobody hears of it.
+void ContentView::focusMoved(QWidget* to)
+{
+    if (to && to != m_menu && isAncestorOf(to))
+        m_lastFocused = to;
 }
 
 std::vector<Path> ContentView::chooseFilesToOpen()
@@ -166,6 +203,12 @@ void ContentView::showRecovered()
     m_recovered->present();
 }
 
+void ContentView::enterGoToLine()
+{
+    if (m_goToLine)
+        m_goToLine->setFocus(Qt::OtherFocusReason);
+}
+
 void ContentView::quit()
 {
     QApplication::quit();
@@ -183,6 +226,21 @@ void ContentView::resizeEvent(QResizeEvent* event)
     QWidget::resizeEvent(event);
     if (m_goToLine)
         m_goToLine->place();
+}
+
+void ContentView::showEvent(QShowEvent*)
+{
+    m_keys->listenTo(*windowHandle());
+}
+
+/// What leads back to the text from wherever a key means nothing else.
+void ContentView::keyPressEvent(QKeyEvent* event)
+{
+    const bool leads
+        = event->key() == Qt::Key_Escape || event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!leads)
+        return QWidget::keyPressEvent(event);
+    m_editorArea->editor().setFocus(Qt::OtherFocusReason);
 }
 
 void ContentView::dragEnterEvent(QDragEnterEvent* event)

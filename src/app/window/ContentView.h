@@ -14,7 +14,9 @@ class GoToLineView;
 class MainMenu;
 class RecoveredWindow;
 class SidebarView;
+class StatusBarView;
 class TabBarView;
+class WindowKeys;
 
 class ContentView : public QWidget, public Shell {
     Q_OBJECT
@@ -30,18 +32,26 @@ public:
     GoToLineView* goToLineView() { return m_goToLine; } ///< null while it is not shown
     bool wasPainted() const { return m_wasPainted; } ///< at least once
 
+    /// Gives the keyboard to the next part of the window that can have it, or to the one before.
+    void passKeyboard(bool forward) { focusNextPrevChild(forward); }
+
     PlainTextView* focusedTextView() override;
+    bool canEditField(EditAction action) override;
+    void editField(EditAction action) override;
     std::vector<Path> chooseFilesToOpen() override;
     std::optional<Path> chooseFileToSave(const AppState::SaveSuggestion& suggestion) override;
     void reveal(const Path& file) override;
     void toggleSidebar() override;
     void searchNotes() override;
     void showRecovered() override;
+    void enterGoToLine() override;
     void quit() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -49,16 +59,20 @@ private:
     QWidget* makeDetail(Scheduler& scheduler, Clipboard& clipboard);
     void watch();
     void watchActiveTab();
-    void focusMoved(QWidget* from, QWidget* to);
+    void orderParts();
+    QWidget* keyboardHolder() const;
+    void focusMoved(QWidget* to);
     void showTitle();
     void showGoToLine(bool isShown);
 
     AppState& m_app;
     FileManager& m_fileManager;
     MainMenu* m_menu = nullptr;
-    QPointer<QWidget> m_focusBeforeMenu; ///< what had the keyboard before the menu bar took it
+    WindowKeys* m_keys = nullptr;
+    QPointer<QWidget> m_lastFocused; ///< without the menu bar
     SidebarView* m_sidebar = nullptr;
     TabBarView* m_tabBar = nullptr;
+    StatusBarView* m_statusBar = nullptr;
     EditorArea* m_editorArea = nullptr;
     GoToLineView* m_goToLine = nullptr;
     RecoveredWindow* m_recovered = nullptr; ///< made when first needed

@@ -10,13 +10,18 @@ EditorArea::EditorArea(AppState& app, Scheduler& scheduler, Clipboard& clipboard
     : QWidget(parent)
     , m_scheduler(scheduler)
     , m_editor(new EditorView(scheduler, clipboard, this))
-    , m_coordinator(std::make_unique<Coordinator>(app, scheduler, *m_editor))
+    , m_coordinator(std::make_unique<Coordinator>(app, *m_editor))
 {
     m_loadingConnection = app.isLoading.onChange([this](bool isLoading) { showLoading(isLoading); });
     showLoading(app.isLoading.get());
 }
 
 EditorArea::~EditorArea() = default;
+
+void EditorArea::setKeepsKeyboard(std::function<bool()> keepsKeyboard)
+{
+    m_coordinator->keepsKeyboard = std::move(keepsKeyboard);
+}
 
 void EditorArea::showLoading(bool isLoading)
 {

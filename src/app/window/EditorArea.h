@@ -6,6 +6,7 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 namespace quillmark {
@@ -24,6 +25,8 @@ public:
     ~EditorArea() override;
 
     EditorView& editor() { return *m_editor; }
+    /// While it says so, a text that is loaded does not take the keyboard.
+    void setKeepsKeyboard(std::function<bool()> keepsKeyboard);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -1,20 +1,10 @@
 #include "app/window/MainMenu.h"
 
+#include "app/window/CommandKeys.h"
+
 #include <optional>
 
 namespace quillmark {
-
-namespace {
-
-QList<QKeySequence> keySequences(const Command& command)
-{
-    QList<QKeySequence> sequences;
-    for (const std::string_view key : command.linuxKeys)
-        sequences.append(QKeySequence::fromString(QString::fromUtf8(key), QKeySequence::PortableText));
-    return sequences;
-}
-
-} // namespace
 
 QString toolTipOf(std::string_view commandID)
 {
@@ -27,7 +17,6 @@ MainMenu::MainMenu(AppState& app, Shell& shell, QWidget* window)
     : QMenuBar(window)
     , m_app(app)
     , m_shell(shell)
-    , m_window(window)
 {
     addMenu(Menu::file, QStringLiteral("&Файл"));
     addMenu(Menu::edit, QStringLiteral("&Правка"));
@@ -60,13 +49,34 @@ QAction* MainMenu::makeAction(const Command& command)
 {
     auto* action = new QAction(QString::fromUtf8(command.menuTitle), this);
     action->setShortcuts(keySequences(command));
+    action->setShortcutContext(Qt::WidgetShortcut);
     action->setMenuRole(QAction::NoRole);
     action->setObjectName(QString::fromUtf8(command.id));
     action->setCheckable(command.isChecked);
     connect(action, &QAction::triggered, this, [this, run = command.run] { run(m_app, m_shell); });
-    m_window->addAction(action);
     m_rows.push_back({&command, action});
     return action;
+}
+
+QAction* MainMenu::menuFor(const QKeyEvent& key) const
+{
+    for (QAction* menu : actions()) {
+        if (isMnemonic(key, QKeySequence::mnemonic(menu->text())))
+            return menu;
+    }
+    return nullptr;
+}
+
+void MainMenu::open(QAction& menu)
+{
+    setActiveAction(&menu);
+    if (!menu.menu()->isEmpty())
+        menu.menu()->setActiveAction(menu.menu()->actions().front());
+}
+
+void MainMenu::openFirst()
+{
+    open(*actions().front());
 }
 
 void MainMenu::showEnabled(Menu menu)

@@ -1,4 +1,5 @@
-// The menu bar, made of the command table. All keys of a command work whether or not its menu was ever open.
+// The menu bar, made of the command table. It shows the keys of the commands, and runs them while it has the
+// keyboard itself; everywhere else they are for WindowKeys.
 #pragma once
 
 #include "core/Commands.h"
@@ -16,8 +17,11 @@ class MainMenu : public QMenuBar {
     Q_OBJECT
 
 public:
-    /// `window` gets the actions, so that their keys work wherever the focus is in it.
     MainMenu(AppState& app, Shell& shell, QWidget* window);
+
+    QAction* menuFor(const QKeyEvent& key) const; ///< whose mnemonic it is; null when there is none
+    void open(QAction& menu); ///< its first row is the current one
+    void openFirst();
 
 private:
     struct Row {
@@ -32,7 +36,6 @@ private:
 
     AppState& m_app;
     Shell& m_shell;
-    QWidget* m_window;
     std::vector<Row> m_rows;
 };
 

@@ -1,10 +1,10 @@
 #include "app/window/panels/GoToLineView.h"
 
 #include "app/look/Paint.h"
+#include "app/look/TextField.h"
 
 #include <QGraphicsDropShadowEffect>
 #include <QKeyEvent>
-#include <QLineEdit>
 #include <QPainter>
 
 #include <charconv>
@@ -45,7 +45,7 @@ std::optional<int64_t> typedLine(const QString& text)
 GoToLineView::GoToLineView(AppState& app, QWidget* window)
     : QWidget(window)
     , m_app(app)
-    , m_field(new QLineEdit(this))
+    , m_field(new TextField(this))
 {
     auto* shadow = new QGraphicsDropShadowEffect(this);
     shadow->setBlurRadius(2 * shadowRadius); // the toolkit's is the whole width of the edge

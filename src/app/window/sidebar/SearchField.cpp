@@ -17,7 +17,7 @@ constexpr double textSize = 13;
 } // namespace
 
 SearchField::SearchField(QWidget* parent)
-    : QLineEdit(parent)
+    : TextField(parent)
 {
     setFont(systemFont(textSize));
     setPlaceholderText(QStringLiteral("Поиск"));
@@ -56,7 +56,7 @@ void SearchField::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Enter:
         return accepted();
     default:
-        QLineEdit::keyPressEvent(event);
+        TextField::keyPressEvent(event);
     }
 }
 

@@ -1,14 +1,14 @@
 // The sidebar's field for what to look for among the notes.
 #pragma once
 
-#include <QLineEdit>
+#include "app/look/TextField.h"
 
 #include <string_view>
 
 namespace quillmark {
 
 /// Every edit by the user, also by Escape and the button that clears it, is a textEdited().
-class SearchField : public QLineEdit {
+class SearchField : public TextField {
     Q_OBJECT
 
 public:

@@ -5,6 +5,7 @@
 
 #include <QContextMenuEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -64,12 +65,17 @@ QModelIndex SidebarList::firstRow() const
 
 void SidebarList::enterFromAbove()
 {
-    if (!firstRow().isValid())
+    const QModelIndex entered = m_model.isSearching() ? m_model.firstNote()
+        : currentIndex().isValid()                    ? currentIndex()
+                                                      : firstRow();
+    if (!entered.isValid())
         return;
-    if (!currentIndex().isValid())
-        makeCurrent(firstRow());
-    scrollTo(currentIndex());
     setFocus(Qt::TabFocusReason);
+    if (m_model.isSearching())
+        setCurrentIndex(entered);
+    else
+        makeCurrent(entered);
+    scrollTo(currentIndex());
     viewport()->update();
 }
 
@@ -114,7 +120,7 @@ void SidebarList::doItemsLayout()
 
 void SidebarList::takePicture()
 {
-    m_picture = {.rows = {}, .current = m_model.identity(currentIndex()), .hadActive = false};
+    m_picture = {};
     const QModelIndex active = m_model.activeIndex();
     m_picture.hadActive = active.isValid();
     if (verticalOffset() == 0)
@@ -142,8 +148,7 @@ void SidebarList::restorePicture()
         }
     }
     const QModelIndex active = m_model.activeIndex();
-    const QModelIndex looked = m_picture.current && hasFocus() ? m_model.indexOf(*m_picture.current) : active;
-    makeCurrent(m_model.isSearching() && looked.isValid() ? looked : active);
+    makeCurrent(active);
     if (isVisible() && active.isValid() && !m_picture.hadActive)
         scrollTo(active);
     viewport()->update();
@@ -231,8 +236,16 @@ void SidebarList::currentChanged(const QModelIndex& current, const QModelIndex& 
 {
     QListView::currentChanged(current, previous);
     viewport()->update();
-    if (!m_isFollowing && !m_model.isSearching())
-        choose(current);
+    if (!m_isFollowing)
+        walkTo(current);
+}
+
+void SidebarList::walkTo(const QModelIndex& index)
+{
+    if (!index.isValid() || !onWalk)
+        return;
+    const QScopedValueRollback walking(m_isWalking, true);
+    onWalk(index);
 }
 
 void SidebarList::choose(const QModelIndex& index)
@@ -316,7 +329,7 @@ void SidebarList::focusOutEvent(QFocusEvent* event)
 {
     QListView::focusOutEvent(event);
     if (event->reason() != Qt::PopupFocusReason)
-        makeActiveCurrent(); // what was only looked at is nothing outside the list
+        makeActiveCurrent(); // one that the keyboard only passed is nothing outside the list
     viewport()->update();
 }
 

@@ -1,7 +1,6 @@
 // The list of the sidebar. Geometry comes from SidebarLayout, so that a hundred thousand notes cost what ten
 // do; what is selected is what the model says is active. When rows come and go, what stays keeps its place on
-// the screen. While the notes are searched, the arrow keys only look at rows and Enter chooses one; else the
-// keys choose each row that they come to.
+// the screen. Arrow keys and letters walk from row to row, and the keyboard stays in the list.
 #pragma once
 
 #include "app/window/sidebar/SidebarModel.h"
@@ -18,8 +17,11 @@ class SidebarList : public QListView {
 public:
     SidebarList(SidebarModel& model, QWidget* parent);
 
-    /// The user chose a row, with the mouse or the keyboard.
+    /// The user chose a row, by a click or Enter, to go on there.
     std::function<void(const QModelIndex&)> onChoose;
+    /// The user came to a row by keys and wants to see what it holds.
+    std::function<void(const QModelIndex&)> onWalk;
+    bool isWalking() const { return m_isWalking; } ///< during onWalk
     /// The user went up from the first row.
     std::function<void()> onLeaveUpwards;
     /// The user pressed Escape.
@@ -32,7 +34,8 @@ public:
 
     /// Makes the active row current, and visible when it is not.
     void followActive();
-    /// Takes the keyboard; the first row is the current one when none is.
+    /// Takes the keyboard, to the first note found or, without a search, the row that is the current one or
+    /// could be.
     void enterFromAbove();
     QModelIndex firstRow() const; ///< of those that can be chosen; may be invalid
 
@@ -73,7 +76,6 @@ private:
             int y = 0;
         };
         std::vector<Row> rows; ///< those to hold on to, the dearest first; none when the list was at its top
-        std::optional<Uuid> current;
         bool hadActive = false;
     };
 
@@ -83,6 +85,7 @@ private:
     void makeCurrent(const QModelIndex& index);
     void makeActiveCurrent();
     void choose(const QModelIndex& index);
+    void walkTo(const QModelIndex& index);
     QModelIndex selectableFrom(int row, int step) const;
     void setHovered(const QModelIndex& index);
     void paintNothingFound(QPainter& painter) const;
@@ -92,6 +95,7 @@ private:
     QPersistentModelIndex m_menuRow;
     Picture m_picture;
     bool m_isFollowing = false; ///< the current row moves after the model, not after the user
+    bool m_isWalking = false;
 };
 
 } // namespace quillmark

@@ -123,6 +123,11 @@ QModelIndex SidebarModel::activeIndex() const
     return tab ? indexOf(tab->id) : QModelIndex();
 }
 
+QModelIndex SidebarModel::firstNote() const
+{
+    return m_notes.empty() ? QModelIndex() : index(m_layout.rowOfNote(0));
+}
+
 std::optional<Uuid> SidebarModel::identity(const QModelIndex& index) const
 {
     if (!index.isValid())

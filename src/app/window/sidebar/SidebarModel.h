@@ -23,6 +23,8 @@ public:
     QModelIndex activeIndex() const; ///< invalid when the active tab has no row
     bool isSearching() const { return !m_app.store.searchQuery->empty(); }
 
+    QModelIndex firstNote() const; ///< of those shown; invalid when there is none
+
     /// No note matches, and none can be found any more.
     bool hasFoundNothing() const;
 

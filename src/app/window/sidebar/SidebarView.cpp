@@ -31,6 +31,7 @@ SidebarView::SidebarView(AppState& app, Shell& shell, QWidget* parent)
     newNote->setLabel(QStringLiteral("Новая заметка"));
     connect(newNote, &SymbolButton::clicked, this, [this] { m_app.newNote(); });
     m_list->onChoose = [this](const QModelIndex& index) { choose(index); };
+    m_list->onWalk = [this](const QModelIndex& index) { open(index); };
     m_list->onContextMenu = [this](const QModelIndex& index, const QPoint& place) {
         QMenu* const menu = makeContextMenu(index);
         if (!menu)
@@ -66,8 +67,8 @@ void SidebarView::wireSearch()
     connect(m_search, &SearchField::left, this, &SidebarView::focusEditor);
     connect(m_search, &SearchField::wentDown, m_list, &SidebarList::enterFromAbove);
     connect(m_search, &SearchField::accepted, this, [this] {
-        if (m_model->isSearching())
-            choose(m_list->firstRow());
+        if (m_model->isSearching() && m_model->firstNote().isValid())
+            choose(m_model->firstNote());
     });
     m_list->onLeaveUpwards = [this] { m_search->setFocus(Qt::BacktabFocusReason); };
     m_list->onEscape = [this] {
@@ -86,15 +87,17 @@ void SidebarView::focusEditor()
 
 void SidebarView::choose(const QModelIndex& index)
 {
-    const Note* note = m_model->note(index);
-    const auto tab = m_model->fileTab(index);
-    if (note && m_app.activeNoteID() == note->id)
-        focusEditor();
-    else if (note)
-        m_app.openNote(Uuid(note->id));
-    else if (tab && m_app.activeTabID.get() == tab->id)
-        focusEditor();
-    else if (tab)
+    open(index);
+    focusEditor();
+}
+
+void SidebarView::open(const QModelIndex& index)
+{
+    if (m_model->isActive(index))
+        return;
+    if (const Note* note = m_model->note(index))
+        m_app.openNote(Uuid(note->id)); // the record may move meanwhile
+    else if (const auto tab = m_model->fileTab(index))
         m_app.selectTab(tab->id);
 }
 

@@ -31,6 +31,7 @@ protected:
 private:
     void wireSearch();
     void choose(const QModelIndex& index);
+    void open(const QModelIndex& index);
     void focusEditor();
 
     AppState& m_app;

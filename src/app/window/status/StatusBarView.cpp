@@ -76,6 +76,11 @@ TextButton* StatusBarView::addButton(const QString& toolTip)
     return button;
 }
 
+std::vector<QWidget*> StatusBarView::buttons() const
+{
+    return {m_language, m_lineEndings};
+}
+
 QMenu* StatusBarView::makeLanguageMenu()
 {
     auto* menu = new QMenu(this);

@@ -21,6 +21,7 @@ public:
 
     /// All languages; choosing one colours the document as such. Deletes itself when it is closed.
     QMenu* makeLanguageMenu();
+    std::vector<QWidget*> buttons() const; ///< from left to right
 
 protected:
     QSize minimumSizeHint() const override;

@@ -105,7 +105,10 @@ void TabItemView::paintEvent(QPaintEvent*)
     QPainter painter(this);
     if (isActive()) {
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.fillPath(joiningShape(snapped(painter, rect())), color(ThemeColor::background));
+        const QPainterPath shape = joiningShape(snapped(painter, rect()));
+        painter.fillPath(shape, color(ThemeColor::background));
+        if (parentWidget()->hasFocus())
+            painter.fillPath(shape, color(ThemeColor::selection));
         painter.setRenderHint(QPainter::Antialiasing, false);
     }
     paintContents(painter, color(isActive() ? ThemeColor::foreground : ThemeColor::secondaryText));
@@ -163,12 +166,17 @@ void TabItemView::mouseReleaseEvent(QMouseEvent* event)
 
 void TabItemView::contextMenuEvent(QContextMenuEvent* event)
 {
+    openMenu(event->globalPos());
+}
+
+void TabItemView::openMenu(const QPoint& place)
+{
     // A child of the window: choosing the item takes this view away while the menu is still closing.
     auto* menu = new QMenu(window());
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(
         QStringLiteral("Закрыть вкладку"), window(), [&app = m_app, id = m_tab->id] { app.closeTab(id); });
-    menu->popup(event->globalPos());
+    menu->popup(place);
 }
 
 } // namespace quillmark

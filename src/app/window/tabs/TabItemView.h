@@ -19,6 +19,7 @@ public:
     const Uuid& tabID() const { return m_tab->id; }
     bool isActive() const;
     void activate();
+    void openMenu(const QPoint& place); ///< on the screen
     SymbolButton& closeButton() { return *m_close; }
 
     QSize sizeHint() const override;

@@ -2,7 +2,9 @@
 
 #include "app/look/Paint.h"
 
+#include <QContextMenuEvent>
 #include <QPainter>
+#include <QScopedValueRollback>
 #include <QWheelEvent>
 
 #include <algorithm>
@@ -53,6 +55,7 @@ TabStrip::TabStrip(AppState& app, QWidget* parent)
     , m_leftFade(new EdgeFade(Qt::LeftEdge, this))
     , m_rightFade(new EdgeFade(Qt::RightEdge, this))
 {
+    setFocusPolicy(Qt::TabFocus);
     m_connections.push_back(m_app.tabs.onChange([this](const auto&) { tabsChanged(); }));
     m_connections.push_back(m_app.activeTabID.onChange([this](const auto&) {
         m_revealsWhenLeft |= m_isClosingByMouse;
@@ -214,6 +217,40 @@ void TabStrip::wheelEvent(QWheelEvent* event)
     m_offset -= pixels.x() != 0 ? pixels.x() : pixels.y();
     place(Reveal::no);
     event->accept();
+}
+
+void TabStrip::walk(int offset)
+{
+    const QScopedValueRollback walking(m_isWalking, true);
+    m_app.selectAdjacentTab(offset);
+}
+
+void TabStrip::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Left)
+        walk(-1);
+    else if (event->key() == Qt::Key_Right)
+        walk(+1);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void TabStrip::focusInEvent(QFocusEvent*)
+{
+    if (TabItemView* active = activeItem())
+        active->update();
+}
+
+void TabStrip::focusOutEvent(QFocusEvent* event)
+{
+    focusInEvent(event);
+}
+
+void TabStrip::contextMenuEvent(QContextMenuEvent* event)
+{
+    TabItemView* const active = activeItem();
+    if (event->reason() == QContextMenuEvent::Keyboard && active)
+        active->openMenu(active->mapToGlobal(active->rect().bottomLeft()));
 }
 
 } // namespace quillmark
