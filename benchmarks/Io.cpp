@@ -69,7 +69,7 @@ void decode(benchmark::State& state, const std::string& bytes, const char* encod
 {
     for (auto _ : state) {
         auto result = TextFileReader::decode(bytes);
-        if (result.encodingName != encoding)
+        if (nameOf(result.encodingName) != encoding)
             state.SkipWithError("unexpected encoding");
         state.PauseTiming();
         result.text = Rope();

@@ -1,7 +1,8 @@
 #include "core/state/Impl.h"
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
+#include <cassert>
 #include <utility>
 
 namespace quillmark {
@@ -19,12 +20,37 @@ constexpr std::array<std::pair<AppearanceMode, std::string_view>, 3> appearanceN
 
 AppState* theAppState = nullptr;
 
+std::string recoveredNotice(size_t count)
+{
+    return "После сбоя восстановлены тексты: " + std::to_string(count)
+        + ". Они в меню «Файл», «Восстановленные тексты…»";
+}
+
 /// Takes the stored value over and stores every change.
 Connection persist(Variable<bool>& toggle, UserDefaults& defaults, std::string_view key)
 {
     if (const auto stored = defaults.boolean(key))
         toggle.set(*stored);
     return toggle.onChange([&defaults, key](bool value) { defaults.setBoolean(key, value); });
+}
+
+UnsavedWords::Services wordsServices(AppServices& services)
+{
+    return {.scheduler = services.scheduler,
+        .files = services.files,
+        .log = services.log,
+        .writer = services.writer,
+        .recovery = services.recovery,
+        .journalFolders = services.journalFolders};
+}
+
+OpenDocument::Services documentServices(AppServices& services)
+{
+    return {.scheduler = services.scheduler,
+        .files = services.files,
+        .log = services.log,
+        .writer = services.writer,
+        .recovery = services.recovery};
 }
 
 NoteStoreServices noteStoreServices(AppServices& services, WriteQueue& writeQueue)
@@ -43,26 +69,45 @@ NoteStoreServices noteStoreServices(AppServices& services, WriteQueue& writeQueu
 
 } // namespace
 
-bool saysMissing(const Error& error)
-{
-    return error.code == ENOENT || error.code == ENOTDIR;
-}
-
 AppState::Impl::Impl(AppState& owner, AppServices world)
     : app(owner)
     , services(std::move(world))
-    , writeQueue(services.scheduler, services.writer, services.log,
-          [this](const WriteQueue::Outcome& outcome) { queuedWriteEnded(outcome); })
-    , journal(services.files, services.scheduler, services.recovery, services.log, services.journalFolders,
-          [this](const Uuid& id) { return journalSnapshot(id); })
+    , words(wordsServices(services),
+          {.liveText = [this](const Uuid& id) -> std::optional<Rope> {
+               const bool isLive = id == document.id() && document.isDirty.get();
+               return isLive ? std::optional(document.text()) : std::nullopt;
+           },
+              .saved = [this](const auto& saved) { queuedTextSaved(saved); },
+              .metOutsideVersion = [this](const Uuid& id, const DocumentFacts& facts,
+                                       const Rope& text) { queuedNoteWasChanged(id, facts, text); },
+              .changed = [this] { showSafety(); }})
+    , document(documentServices(services), words,
+          {.willShow = [this] { willShow(); },
+              .didShow = [this] { didShow(); },
+              .saveAgain = [this] { app.flushSave(AllowBackground::yes); },
+              .lookAgain = [this](Duration delay) { scheduleFileCheck(delay); },
+              .bytesKept =
+                  [this](const Path& copy) {
+                      app.showNotice(
+                          "В файле не только текст — исходные байты сохранены: " + displayPath(copy));
+                  }})
+    , fileLook(services.files, services.writer.known(), services.scheduler)
 {
 }
 
 AppState::AppState(AppServices services)
     : m_impl(std::make_unique<Impl>(*this, std::move(services)))
-    , store(noteStoreServices(m_impl->services, m_impl->writeQueue))
+    , store(noteStoreServices(m_impl->services, m_impl->words.queue()))
     , settings(m_impl->services.defaults)
     , recovered(m_impl->services.scheduler, m_impl->services.files, m_impl->services.recovery)
+    , tabs(m_impl->tabs.tabs)
+    , activeTabID(m_impl->tabs.activeID)
+    , encodingName(m_impl->document.encodingName)
+    , lineEndings(m_impl->document.lineEndings)
+    , isReadOnly(m_impl->document.isReadOnly)
+    , isDirty(m_impl->document.isDirty)
+    , loadGeneration(m_impl->document.loadGeneration)
+    , isLoading(m_impl->document.isLoading)
 {
     theAppState = this;
     UserDefaults& defaults = m_impl->services.defaults;
@@ -76,26 +121,33 @@ AppState::AppState(AppServices services)
     const auto storedName = defaults.string(appearanceKey);
     for (const auto& [mode, name] : appearanceNames) {
         if (storedName == name)
-            appearanceMode.set(mode);
+            m_appearanceMode.set(mode);
     }
-    connections.push_back(persist(showLineNumbers, defaults, lineNumbersKey));
-    connections.push_back(persist(showMinimap, defaults, minimapKey));
-    connections.push_back(store.onRename([this] { saveSession(); }));
+    connections.push_back(persist(m_showLineNumbers, defaults, lineNumbersKey));
+    connections.push_back(persist(m_showMinimap, defaults, minimapKey));
+    connections.push_back(isDirty.onChange([this](bool) { m_impl->showSafety(); }));
+    connections.push_back(store.onRename([this](const Path& from, const Path& to) {
+        m_impl->words.moved(from, to);
+        m_impl->document.moved(from, to);
+        saveSession();
+    }));
     store.onExternalChanges = [this](const auto& changedIDs, const auto& removedIDs) {
         m_impl->handleExternalNoteChanges(changedIDs, removedIDs);
     };
 
-    m_impl->journal.recoverLeftovers();
+    const size_t recovered = m_impl->words.recoverLeftovers();
     m_impl->restoreSession();
     m_impl->isSessionRestored = true;
     if (tabs->empty())
         m_impl->showFirstNote();
     m_impl->loadActiveDocument();
+    if (recovered > 0)
+        showNotice(recoveredNotice(recovered));
 }
 
 AppState::~AppState()
 {
-    m_impl->writeQueue.finishAll(); // while what hears of its outcomes is still there
+    m_impl->words.queue().finishAll(); // while what hears of its outcomes is still there
     theAppState = nullptr;
 }
 
@@ -108,17 +160,17 @@ AppState* AppState::shared()
 
 const Rope& AppState::currentText() const
 {
-    return m_impl->currentText;
+    return m_impl->document.currentText();
 }
 
 Rope AppState::editorText() const
 {
-    return m_impl->textView ? m_impl->textView->text() : m_impl->currentText;
+    return m_impl->document.text();
 }
 
 std::shared_ptr<EditorTab> AppState::activeTab() const
 {
-    return activeTabID.get() ? m_impl->findTab(*activeTabID.get()) : nullptr;
+    return m_impl->tabs.active();
 }
 
 std::optional<Uuid> AppState::activeNoteID() const
@@ -137,14 +189,52 @@ AppState::Tabs AppState::fileTabs() const
 
 void AppState::setTextView(PlainTextView* view)
 {
-    if (m_impl->textView && isDirty.get())
-        m_impl->currentText = editorText(); // the words stay when the editor goes
-    m_impl->textView = view;
+    m_impl->document.setTextView(view);
 }
 
 PlainTextView* AppState::textView() const
 {
-    return m_impl->textView;
+    return m_impl->document.textView();
+}
+
+// ---- What the views show
+
+void AppState::setAppearanceMode(AppearanceMode mode)
+{
+    m_appearanceMode.set(mode);
+}
+
+void AppState::setShowLineNumbers(bool isShown)
+{
+    m_showLineNumbers.set(isShown);
+}
+
+void AppState::setShowMinimap(bool isShown)
+{
+    m_showMinimap.set(isShown);
+}
+
+void AppState::setShowInvisibles(bool isShown)
+{
+    m_showInvisibles.set(isShown);
+}
+
+void AppState::setGoToLineVisible(bool isShown)
+{
+    m_goToLineVisible.set(isShown);
+}
+
+void AppState::setCursor(int64_t line, int64_t column)
+{
+    assert(line >= 1 && column >= 1);
+    m_cursorLine.set(line);
+    m_cursorColumn.set(column);
+}
+
+void AppState::setViewport(double start, double fraction)
+{
+    m_viewportStart.set(start);
+    m_viewportFraction.set(fraction);
 }
 
 // ---- Application
@@ -156,19 +246,25 @@ void AppState::applyAppearance()
 
 void AppState::willResignActive()
 {
-    m_impl->finishTyping();
+    m_impl->document.finishTyping();
     flushSave(AllowBackground::no);
 }
 
 void AppState::willTerminate()
 {
-    m_impl->finishTyping();
+    m_impl->document.finishTyping();
     flushSave(AllowBackground::no);
-    m_impl->rescueUnsavedText();
+    static_cast<void>(m_impl->document.rescue(UnsavedWords::Retry::recoveryOnly));
     commitActiveNoteTitle();
     saveSession();
-    m_impl->keepWhatCouldNotBeWritten();
-    m_impl->journal.finish();
+    m_impl->words.finish();
+}
+
+void AppState::checkInvariants() const
+{
+    m_impl->tabs.checkInvariants();
+    m_impl->document.checkInvariants();
+    m_impl->words.checkInvariants();
 }
 
 } // namespace quillmark

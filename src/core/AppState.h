@@ -6,14 +6,10 @@
 #include "base/Observable.h"
 #include "base/Scheduler.h"
 #include "core/EditorSettings.h"
-#include "core/EditorTab.h"
+#include "core/OpenDocument.h"
 #include "core/RecoveredTexts.h"
-#include "editor/PlainTextView.h"
-#include "io/DocumentWriter.h"
+#include "core/TabList.h"
 #include "io/JournalFiles.h"
-#include "io/RecoveryStore.h"
-#include "io/TextFileReader.h"
-#include "io/WriteQueue.h"
 #include "notes/NoteStore.h"
 #include "platform/Appearance.h"
 #include "platform/UserDefaults.h"
@@ -42,9 +38,33 @@ struct AppServices {
     JournalFolders journalFolders; ///< hold the text of documents while they are dirty
 };
 
+/// Words that are not in their file because a save failed.
+struct UnsafeWords {
+    std::string name; ///< of the document, UTF-8
+    std::string text; ///< what happened and where the words are, in Russian
+
+    bool operator==(const UnsafeWords&) const = default;
+};
+
 class AppState {
     struct Impl;
     std::unique_ptr<Impl> m_impl; // made before and destroyed after what is public
+
+    Variable<AppearanceMode> m_appearanceMode{AppearanceMode::system};
+    Variable<bool> m_showLineNumbers{true};
+    Variable<bool> m_showMinimap{true};
+    Variable<bool> m_showInvisibles{false};
+    Variable<bool> m_goToLineVisible{false};
+    Variable<double> m_viewportStart{0.0};
+    Variable<double> m_viewportFraction{1.0};
+    Variable<int64_t> m_cursorLine{1};
+    Variable<int64_t> m_cursorColumn{1};
+    Variable<Language> m_syntaxLanguage{Language::plain};
+    Variable<TextStats> m_stats;
+    Variable<std::vector<float>> m_minimapSamples;
+    Variable<std::optional<std::string>> m_notice;
+    Variable<std::optional<UnsafeWords>> m_unsafeWords;
+    Variable<bool> m_isSaved{true};
 
 public:
     /// Lists the notes, restores the session and loads the active document. Afterwards there is always an
@@ -57,36 +77,51 @@ public:
     /// The one that lives, null before and after. For the application delegate alone.
     static AppState* shared();
 
-    using Tabs = std::vector<std::shared_ptr<EditorTab>>;
+    using Tabs = TabList::Tabs;
+    using AllowBackground = OpenDocument::AllowBackground;
 
     NoteStore store;
     EditorSettings settings;
     RecoveredTexts recovered;
 
-    // The view toggles; setting one stores it and takes effect at once.
-    Variable<AppearanceMode> appearanceMode{AppearanceMode::system};
-    Variable<bool> showLineNumbers{true};
-    Variable<bool> showMinimap{true};
+    // The view toggles; setting one of the first three stores it.
+    const Observable<AppearanceMode>& appearanceMode = m_appearanceMode;
+    const Observable<bool>& showLineNumbers = m_showLineNumbers;
+    const Observable<bool>& showMinimap = m_showMinimap;
+    const Observable<bool>& showInvisibles = m_showInvisibles;
+    const Observable<bool>& goToLineVisible = m_goToLineVisible; ///< the field for a line number is shown
+    void setAppearanceMode(AppearanceMode mode); ///< takes effect at once
+    void setShowLineNumbers(bool isShown);
+    void setShowMinimap(bool isShown);
+    void setShowInvisibles(bool isShown);
+    void setGoToLineVisible(bool isShown);
 
     // What the views show.
-    Variable<double> viewportStart{0.0}; ///< top of the visible part as a fraction of the document's height
-    Variable<double> viewportFraction{1.0}; ///< its height, likewise
-    Variable<Language> syntaxLanguage{Language::plain};
-    Variable<Tabs> tabs;
-    Variable<std::optional<Uuid>> activeTabID;
-    Variable<std::string> encodingName{std::string("UTF-8")};
-    Variable<std::string> lineEndings{std::string("LF")}; ///< "LF" or "CRLF"
-    Variable<bool> isReadOnly{false};
-    Variable<bool> isDirty{false};
-    Variable<int64_t> cursorLine{1}; ///< 1-based
-    Variable<int64_t> cursorColumn{1}; ///< 1-based, in units
-    Variable<int64_t> loadGeneration{0}; ///< grows when the editor must take `currentText`
-    Variable<bool> isLoading{false};
-    Variable<TextStats> stats; ///< of the active text, a moment old
-    Variable<std::vector<float>> minimapSamples; ///< of the same text
-    Variable<bool> showInvisibles{false};
-    Variable<bool> goToLineVisible{false}; ///< the field for a line number is shown
-    Variable<std::optional<std::string>> notice;
+    const Observable<double>& viewportStart
+        = m_viewportStart; ///< top of the visible part as a fraction of the document's height
+    const Observable<double>& viewportFraction = m_viewportFraction; ///< its height, likewise
+    const Observable<Language>& syntaxLanguage = m_syntaxLanguage;
+    const Observable<Tabs>& tabs;
+    const Observable<std::optional<Uuid>>& activeTabID;
+    const Observable<TextEncoding>& encodingName;
+    const Observable<LineEnds>& lineEndings;
+    const Observable<bool>& isReadOnly;
+    const Observable<bool>& isDirty;
+    /// Every word of the active document is in its file or in the recovery folder.
+    const Observable<bool>& isSaved = m_isSaved;
+    const Observable<int64_t>& cursorLine = m_cursorLine; ///< 1-based
+    const Observable<int64_t>& cursorColumn = m_cursorColumn; ///< 1-based, in units
+    const Observable<int64_t>& loadGeneration; ///< grows when the editor must take `currentText`
+    const Observable<bool>& isLoading;
+    const Observable<TextStats>& stats = m_stats; ///< of the active text, a moment old
+    const Observable<std::vector<float>>& minimapSamples = m_minimapSamples; ///< of the same text
+    const Observable<std::optional<std::string>>& notice = m_notice;
+    /// Set as soon as a save fails, until the words are safe; those of the active document first.
+    const Observable<std::optional<UnsafeWords>>& unsafeWords = m_unsafeWords;
+
+    // What the editor reports.
+    void setCursor(int64_t line, int64_t column); ///< both 1-based
+    void setViewport(double start, double fraction); ///< of the document's height
 
     // The active document.
     const Rope& currentText() const; ///< as last loaded or last taken from the editor
@@ -112,12 +147,11 @@ public:
 
     // Editing and saving.
     void textDidChange(); ///< the editor calls it after each edit by the user
-    enum class AllowBackground { no, yes };
     /// Writes the active document when it is dirty. On failure it stays dirty and the next flush tries again.
     void flushSave(AllowBackground allowBackground);
 
     // The document as a whole.
-    void setLineEndings(std::string_view value); ///< "LF" or "CRLF"; the file is written anew
+    void setLineEndings(LineEnds value); ///< the file is written anew
     void setLanguageOverride(Language language); ///< stays with the tab
     /// Chooses the language of a text that has none by what was pasted into it. For the editor's own view.
     void detectLanguageAfterPaste(std::u16string_view text, const PlainTextView& view);
@@ -156,6 +190,8 @@ public:
     void willResignActive();
     void didBecomeActive(); ///< looks whether files have changed meanwhile
     void willTerminate(); ///< when it returns, every word is on the disk, or in the recovery folder
+
+    void checkInvariants() const; ///< asserts those of the tabs, the document and the unsaved words
 };
 
 } // namespace quillmark

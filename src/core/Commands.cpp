@@ -125,28 +125,28 @@ void showRecovered(AppState&, Shell& shell)
 
 void goToLine(AppState& app, Shell& shell)
 {
-    app.goToLineVisible.set(true);
+    app.setGoToLineVisible(true);
     shell.enterGoToLine();
 }
 
 void useLF(AppState& app, Shell&)
 {
-    app.setLineEndings("LF");
+    app.setLineEndings(LineEnds::lf);
 }
 
 void useCRLF(AppState& app, Shell&)
 {
-    app.setLineEndings("CRLF");
+    app.setLineEndings(LineEnds::crlf);
 }
 
 bool isLF(const AppState& app)
 {
-    return app.lineEndings.get() == "LF";
+    return app.lineEndings.get() == LineEnds::lf;
 }
 
 bool isCRLF(const AppState& app)
 {
-    return app.lineEndings.get() == "CRLF";
+    return app.lineEndings.get() == LineEnds::crlf;
 }
 
 bool isWritable(const AppState& app, Shell&)

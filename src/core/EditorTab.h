@@ -22,18 +22,24 @@ struct FileSource {
 };
 using TabSource = std::variant<NoteSource, FileSource>;
 
-/// Shared with the views, which watch its observable fields. Main thread only.
-struct EditorTab {
+/// Shared with the views, which watch its observable fields; the TabList changes them. Main thread only.
+class EditorTab {
+    friend class TabList;
+    Variable<TabSource> m_source;
+    Variable<std::string> m_title;
+    Variable<bool> m_isDirty{false};
+
+public:
     EditorTab(TabSource initialSource, std::string initialTitle)
-        : source(std::move(initialSource))
-        , title(std::move(initialTitle))
+        : m_source(std::move(initialSource))
+        , m_title(std::move(initialTitle))
     {
     }
 
     const Uuid id = Uuid::random();
-    Variable<TabSource> source;
-    Variable<std::string> title;
-    Variable<bool> isDirty{false}; ///< edits that are not yet written
+    const Observable<TabSource>& source = m_source;
+    const Observable<std::string>& title = m_title;
+    const Observable<bool>& isDirty = m_isDirty; ///< edits that are not yet written
     std::optional<Language> languageOverride; ///< chosen by the user; absent: found from the file
     bool encodingNoticeShown = false; ///< the notice about writing as UTF-8 comes once a tab
 

@@ -90,7 +90,33 @@ private:
     size_t m_used = 0;
 };
 
+int64_t utf8Length(std::span<const uint8_t> latin1)
+{
+    int64_t bytes = 0;
+    for (const uint8_t unit : latin1)
+        bytes += 1 + (unit >> 7);
+    return bytes;
+}
+
+int64_t utf8Length(std::span<const char16_t> units)
+{
+    int64_t bytes = 0;
+    for (const char16_t unit : units)
+        bytes += 1 + (unit >= 0x80) + (unit >= 0x800) - isSurrogate(unit);
+    return bytes;
+}
+
 } // namespace
+
+int64_t utf8Length(const Rope& text)
+{
+    int64_t bytes = 0;
+    text.forEachChunk({0, text.length()}, [&](const Rope::Chunk& chunk) {
+        bytes += std::visit([](const auto& units) { return utf8Length(units); }, chunk);
+        return true;
+    });
+    return bytes;
+}
 
 Status encode(const Rope& text, LineEnds lineEnds, const Sink& take)
 {

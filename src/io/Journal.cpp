@@ -71,17 +71,17 @@ void Journal::write(const Uuid& document)
             const SteadyTime start = scheduler.now();
             const auto written = files->write(document, snapshot.original, snapshot.text);
             const Duration took = scheduler.now() - start;
-            const int64_t bytes = written ? written->bytes : 0;
-            scheduler.post([self, document, took, bytes] {
+            scheduler.post([self, document, took, written] {
                 if (const auto journal = self.lock())
-                    journal->written(document, took, bytes);
+                    journal->written(document, took, written);
             });
             return written ? Status() : std::unexpected(written.error());
         });
 }
 
-void Journal::written(const Uuid& document, Duration took, int64_t bytes)
+void Journal::written(const Uuid& document, Duration took, const Result<WrittenFile>& result)
 {
+    const int64_t bytes = result ? result->bytes : 0;
     const SteadyTime now = m_scheduler.now();
     std::erase_if(m_earliest, [&](const auto& pause) { return pause.second <= now; });
     if (bytes > largeSize)
@@ -92,8 +92,15 @@ void Journal::written(const Uuid& document, Duration took, int64_t bytes)
     if (entry == m_entries.end())
         return;
     entry->second.isWriting = false;
+    entry->second.isHeld = result.has_value();
     if (entry->second.isDirty)
         schedule(document, entry->second);
+}
+
+bool Journal::holds(const Uuid& document) const
+{
+    const auto entry = m_entries.find(document);
+    return entry != m_entries.end() && entry->second.isHeld && !entry->second.isDirty;
 }
 
 uint64_t Journal::version(const Uuid& document) const

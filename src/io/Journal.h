@@ -33,6 +33,7 @@ public:
     uint64_t version(const Uuid& document) const;
     /// The text of that version is on the disk: the journal goes, unless something newer was typed since.
     void saved(const Uuid& document, uint64_t version);
+    bool holds(const Uuid& document) const; ///< its newest text is in a journal on the disk
     /// The document is gone and its text safe or not wanted: the journal goes.
     void forget(const Uuid& document);
 
@@ -50,11 +51,12 @@ private:
         bool isDirty = false; ///< typed since the last write was started
         bool isWriting = false;
         bool wasWritten = false; ///< or is being written: there is something to remove
+        bool isHeld = false; ///< the last write succeeded
         Task timer;
     };
     void schedule(const Uuid& document, Entry& entry);
     void write(const Uuid& document);
-    void written(const Uuid& document, Duration took, int64_t bytes);
+    void written(const Uuid& document, Duration took, const Result<WrittenFile>& result);
 
     Scheduler& m_scheduler;
     Source m_source;

@@ -2,13 +2,9 @@
 
 #include "io/AtomicFile.h"
 
+#include <cassert>
+
 namespace quillmark {
-namespace {
-
-constexpr int64_t largestCompared = 32 * 1024 * 1024; ///< bytes; somebody waits for the answer
-
-} // namespace
-
 FileStamp::FileStamp(const FileInfo& info, const ContentHash& contentHash)
     : device(info.device)
     , inode(info.inode)
@@ -26,7 +22,7 @@ bool FileStamp::matches(const FileInfo& info) const
 void KnownFiles::remember(const Path& path, const FileStamp& stamp)
 {
     const std::lock_guard lock(m_mutex);
-    m_entries.insert_or_assign(path.native(), Entry{.stamp = stamp, .expected = {}});
+    m_entries.insert_or_assign(path.native(), Entry{.stamp = stamp, .expected = {}, .different = {}});
 }
 
 void KnownFiles::expect(const Path& path, const FileStamp& stamp)
@@ -66,24 +62,37 @@ std::optional<KnownFiles::Entry> KnownFiles::find(const Path& path) const
     return entry != m_entries.end() ? std::optional(entry->second) : std::nullopt;
 }
 
-KnownFiles::State KnownFiles::stateOf(FileSystem& disk, const Path& path, const FileInfo& info)
+std::optional<FileStamp> KnownFiles::stampOf(const Path& path) const
 {
+    const auto entry = find(path);
+    return entry ? std::optional(entry->stamp) : std::nullopt;
+}
+
+KnownFiles::State KnownFiles::stateOf(
+    FileSystem& disk, const Path& path, const FileInfo& info, int64_t mostBytes)
+{
+    assert(mostBytes <= largestCompared);
     const auto entry = find(path);
     if (!entry)
         return State::unknown;
     if (entry->stamp.matches(info) || (entry->expected && entry->expected->matches(info)))
         return State::asKnown;
     const bool mayBeEqual = info.kind == FileInfo::Kind::regular && info.size == entry->stamp.size;
-    if (!mayBeEqual || info.size > largestCompared)
+    if (!mayBeEqual || info.size > largestCompared || (entry->different && entry->different->matches(info)))
         return State::changed;
+    if (info.size > mostBytes)
+        return State::undecided;
     const auto hash = hashOf(contentOfFile(disk, path));
-    if (!hash || *hash != entry->stamp.hash)
-        return State::changed;
+    const bool isEqual = hash && *hash == entry->stamp.hash;
     const std::lock_guard lock(m_mutex);
     const auto now = m_entries.find(path.native());
-    if (now != m_entries.end() && now->second.stamp == entry->stamp) // else somebody knows better by now
-        now->second = {.stamp = FileStamp(info, *hash), .expected = {}};
-    return State::asKnown;
+    if (now != m_entries.end() && now->second.stamp == entry->stamp) { // else somebody knows better by now
+        if (isEqual)
+            now->second = {.stamp = FileStamp(info, *hash), .expected = {}, .different = {}};
+        else if (hash)
+            now->second.different = FileStamp(info, *hash);
+    }
+    return isEqual ? State::asKnown : State::changed;
 }
 
 } // namespace quillmark

@@ -23,6 +23,7 @@ struct FileStamp {
     FileStamp() = default;
     FileStamp(const FileInfo& info, const ContentHash& contentHash);
     bool matches(const FileInfo& info) const; ///< nobody has written the file since
+    bool isMissing() const { return inode == 0; } ///< there was no file
     bool operator==(const FileStamp&) const = default;
 };
 
@@ -34,20 +35,29 @@ public:
     void rememberMissing(const Path& path); ///< whatever appears there is somebody else's, unless empty
     void forget(const Path& path);
     void move(const Path& from, const Path& to); ///< the file has been renamed by us
+    std::optional<FileStamp> stampOf(const Path& path) const; ///< as remembered
 
     enum class State {
         unknown, ///< the file was neither read nor written here
         asKnown,
         changed, ///< by somebody else
+        undecided, ///< written anew, and too large to be compared here
     };
+    /// For where somebody waits: the bytes of larger files are compared on another thread.
+    static constexpr int64_t comparedAtOnce = 512 * 1024;
+    static constexpr int64_t largestCompared = 32 * 1024 * 1024; ///< larger than any that can be edited
+
     /// What a look at the file says. Cheap unless the file was written anew: then its bytes are read and
-    /// compared, and remembered when they are the same. (Not in files larger than any that can be edited.)
-    State stateOf(FileSystem& disk, const Path& path, const FileInfo& info);
+    /// compared, where there are at most `mostBytes`, and the verdict is remembered. Files that are too large
+    /// to be compared at all count as changed.
+    State stateOf(
+        FileSystem& disk, const Path& path, const FileInfo& info, int64_t mostBytes = largestCompared);
 
 private:
     struct Entry {
         FileStamp stamp;
         std::optional<FileStamp> expected;
+        std::optional<FileStamp> different; ///< a state whose bytes were compared and are others
     };
     std::optional<Entry> find(const Path& path) const;
 

@@ -226,20 +226,21 @@ private:
 };
 
 struct TextDecoder::Candidate {
-    std::string_view name;
+    TextEncoding encoding;
     std::string_view mark; ///< bytes that the file must start with; they are no part of the text
     std::unique_ptr<Attempt> (*make)();
 };
 
 /// In the order in which they are tried; the last one never fails.
 const std::array<TextDecoder::Candidate, 7> TextDecoder::candidates = {{
-    {"UTF-8", utf8Mark, [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::fails)); }},
-    {"UTF-16", utf16LittleMark, [] { return std::unique_ptr<Attempt>(new Utf16(false)); }},
-    {"UTF-16", utf16BigMark, [] { return std::unique_ptr<Attempt>(new Utf16(true)); }},
-    {"UTF-8", "", [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::fails)); }},
-    {"CP1251", "", [] { return std::unique_ptr<Attempt>(new EightBit(cp1251)); }},
-    {"CP1252", "", [] { return std::unique_ptr<Attempt>(new EightBit(cp1252)); }},
-    {"UTF-8?", "", [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::isReplaced)); }},
+    {TextEncoding::utf8, utf8Mark, [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::fails)); }},
+    {TextEncoding::utf16, utf16LittleMark, [] { return std::unique_ptr<Attempt>(new Utf16(false)); }},
+    {TextEncoding::utf16, utf16BigMark, [] { return std::unique_ptr<Attempt>(new Utf16(true)); }},
+    {TextEncoding::utf8, "", [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::fails)); }},
+    {TextEncoding::cp1251, "", [] { return std::unique_ptr<Attempt>(new EightBit(cp1251)); }},
+    {TextEncoding::cp1252, "", [] { return std::unique_ptr<Attempt>(new EightBit(cp1252)); }},
+    {TextEncoding::repairedUtf8, "",
+        [] { return std::unique_ptr<Attempt>(new Utf8(Utf8::IllFormed::isReplaced)); }},
 }};
 
 TextDecoder::TextDecoder() = default;
@@ -267,13 +268,12 @@ std::optional<size_t> TextDecoder::take(std::string_view window, Behind behind)
 TextFileReader::Result TextDecoder::finish()
 {
     assert(m_attempt);
-    std::string name(candidates[m_candidate].name);
-    const bool isLossy = name == "UTF-8?";
+    const TextEncoding encoding = candidates[m_candidate].encoding;
     return {
         .text = m_attempt->finish(),
-        .encodingName = std::move(name),
-        .lineEndings = m_attempt->hasCrLf() ? "CRLF" : "LF",
-        .lossy = isLossy,
+        .encodingName = encoding,
+        .lineEndings = m_attempt->hasCrLf() ? LineEnds::crlf : LineEnds::lf,
+        .lossy = encoding == TextEncoding::repairedUtf8,
     };
 }
 

@@ -2,9 +2,9 @@
 // found. A pure function that never fails; any thread.
 #pragma once
 
+#include "io/TextFormat.h"
 #include "text/Rope.h"
 
-#include <string>
 #include <string_view>
 
 namespace quillmark {
@@ -12,8 +12,8 @@ namespace quillmark {
 struct TextFileReader {
     struct Result {
         Rope text; ///< without carriage returns and byte order mark
-        std::string encodingName = "UTF-8"; ///< "UTF-8", "UTF-16", "CP1251", "CP1252" or, repaired, "UTF-8?"
-        std::string lineEndings = "LF"; ///< "CRLF" when the text had at least one pair of CR and LF
+        TextEncoding encodingName = TextEncoding::utf8;
+        LineEnds lineEndings = LineEnds::lf; ///< crlf when the text had at least one pair of CR and LF
         bool lossy = false; ///< replacement characters stand for bytes that are not text
 
         bool operator==(const Result&) const = default;

@@ -67,6 +67,7 @@ void NoteStore::useFolder(const Path& folder)
     m_syncTask.cancel();
     m_unmade.clear();
     m_reported.clear();
+    m_comparisons.clear();
     clearSearch();
     (void)m_services.files.makeFolders(folder);
     m_folderURL.set(folder);
@@ -95,6 +96,8 @@ void NoteStore::reloadNotes()
 {
     std::vector<const FolderEntry*> noteFiles;
     const auto entries = m_services.files.list(folderURL.get());
+    if (const auto info = m_services.files.stat(folderURL.get()))
+        m_folderDevice = info->device;
     if (entries) {
         removeStaleTemporaries(m_services.files, folderURL.get(), *entries);
         for (const FolderEntry& entry : *entries) {
@@ -236,7 +239,7 @@ Status NoteStore::moveToName(const Note& note, std::string_view baseName)
     Note moved = note;
     moved.url = *target;
     update(moved);
-    m_renamed.emit();
+    m_renamed.emit(note.url, *target);
     return {};
 }
 

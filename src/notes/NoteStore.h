@@ -104,7 +104,7 @@ public:
     void setByteSize(Uuid id, int64_t byteSize); ///< of a file that has been written
     void renameFileIfNeeded(Uuid id); ///< now instead of later
 
-    /// Calls `slot()` after a note's file got another name.
+    /// Calls `slot(from, to)`, both paths, after a note's file got another name.
     template <class Slot> [[nodiscard]] Connection onRename(Slot slot)
     {
         return Connection(m_renamed.connect(std::move(slot)));
@@ -120,6 +120,7 @@ private:
     bool wasReported(const Uuid& id, const FileInfo& file);
     struct OtherVersion;
     std::optional<OtherVersion> otherVersion(const Note& note, const FileInfo& file);
+    void compareLater(const Note& note, const FileInfo& file);
     std::vector<Uuid> bringUpToDate(Notes& all, std::span<const OtherVersion> versions);
     void scheduleRename(Uuid id);
     Result<Path> makeFile(
@@ -142,9 +143,11 @@ private:
     std::unique_ptr<FSWatcher> m_folderWatcher;
     Task m_syncTask;
     std::unordered_set<Uuid> m_unmade; ///< new notes whose files could not be made yet
+    uint64_t m_folderDevice = 0; ///< on which the folder was last listed
+    std::unordered_map<Uuid, Task> m_comparisons; ///< of large files, on other threads
     std::unordered_map<Uuid, FileStamp> m_reported; ///< other programs' versions that were heard of
     std::unordered_map<Uuid, Task> m_renameTasks;
-    Signal<> m_renamed;
+    Signal<const Path&, const Path&> m_renamed;
     std::shared_ptr<NoteStore> m_self; ///< owns nothing; gone with the store, for what comes later
 };
 

@@ -1,6 +1,7 @@
 // Following what other programs do in the notes folder.
 #include "notes/NoteStore.h"
 
+#include "io/FileVerdict.h"
 #include "notes/NoteFiles.h"
 #include "notes/NoteNames.h"
 
@@ -14,6 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr Duration syncDelay = 400ms; ///< from the last notice of a burst
+constexpr Duration unreachablePause = 2s; ///< before a disk that did not answer is asked again
 constexpr Duration timeTolerance = 1s; ///< a save stamps its record a little later than its file
 
 using Files = std::unordered_map<std::string_view, const FolderEntry*>; ///< by name
@@ -52,6 +54,10 @@ void NoteStore::syncWithDisk()
 {
     m_syncTask.cancel();
     const auto entries = m_services.files.list(folderURL.get());
+    if (!entries && !isMissing(m_services.files, folderURL.get(), entries.error(), m_folderDevice)) {
+        m_syncTask = m_services.scheduler.after(unreachablePause, [this] { syncWithDisk(); });
+        return; // a disk that does not answer, or is not mounted, says nothing of the notes
+    }
     Files files; ///< empty when there is no folder; in the end those that are no notes yet
     if (entries) {
         files.reserve(entries->size());
@@ -116,11 +122,28 @@ std::optional<NoteStore::OtherVersion> NoteStore::otherVersion(const Note& note,
 {
     if (m_services.writeQueue.pendingText(note.url))
         return std::nullopt;
-    const auto state = m_services.known.stateOf(m_services.files, note.url, file);
+    const auto state = m_services.known.stateOf(m_services.files, note.url, file, KnownFiles::comparedAtOnce);
+    if (state == KnownFiles::State::undecided) {
+        compareLater(note, file);
+        return std::nullopt;
+    }
     const bool isOther = state == KnownFiles::State::changed && !wasReported(note.id, file);
     if (!isOther && !differs(note, file))
         return std::nullopt;
     return OtherVersion{.place = 0, .file = file, .isKnown = state == KnownFiles::State::asKnown};
+}
+
+/// The verdict is remembered, for the next look at the folder.
+void NoteStore::compareLater(const Note& note, const FileInfo& file)
+{
+    m_comparisons[note.id] = m_services.scheduler.background(
+        Priority::utility,
+        [&known = m_services.known, &files = m_services.files, url = note.url, file](
+            const CancelToken&) { return known.stateOf(files, url, file); },
+        [this, id = note.id](KnownFiles::State) {
+            m_comparisons.erase(id);
+            syncWithDisk();
+        });
 }
 
 /// Returns the notes that another program has changed. A save of our own, finished or queued, is not a

@@ -14,12 +14,11 @@ TEST_F(DocumentCommandsTest, OtherLineEndingsAreAnEdit)
     disk.putFile("/docs/a", "one\ntwo\n");
     start();
     open("/docs/a");
-    app->setLineEndings("LF");
-    app->setLineEndings("CR");
+    app->setLineEndings(LineEnds::lf);
     EXPECT_FALSE(app->isDirty.get());
     EXPECT_EQ(noticeShown(), "");
 
-    app->setLineEndings("CRLF");
+    app->setLineEndings(LineEnds::crlf);
     EXPECT_EQ(noticeShown(), "Переносы строк: CRLF — файл будет пересохранён");
     EXPECT_TRUE(app->activeTab()->isDirty.get());
     scheduler.advance(799ms);
@@ -66,7 +65,7 @@ TEST_F(DocumentCommandsTest, GoingToALine)
     int focused = 0;
     const Connection focus(view.onFirstResponderRequested([&] { ++focused; }));
     const auto caretAfter = [&](int64_t line) {
-        app->goToLineVisible.set(true);
+        app->setGoToLineVisible(true);
         app->goToLine(line);
         EXPECT_FALSE(app->goToLineVisible.get());
         return view.selection().caret;
@@ -181,7 +180,7 @@ TEST_F(DocumentCommandsTest, AFailedSaveLeavesTheTabAsItWas)
     open("/docs/a.txt");
     disk.failAlways(DiskOperation::createNew, ENOSPC, "/docs");
     app->saveAs("/docs/c.txt");
-    EXPECT_EQ(noticeShown(), "Не удалось сохранить: На диске нет места");
+    EXPECT_EQ(noticeShown(), "Не удалось сохранить: Нет места на диске");
     EXPECT_EQ(titles().back(), "a.txt");
     disk.heal();
     type("x");

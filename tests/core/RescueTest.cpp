@@ -8,24 +8,53 @@ struct RescueTest : AppTest {
     static constexpr auto now = AppState::AllowBackground::no;
 };
 
-TEST_F(RescueTest, WordsThatNoDiskTakesWaitForOneThatDoes)
+TEST_F(RescueTest, WordsThatNoDiskTakesStayInViewUntilOneDoes)
 {
     disk.putFile("/docs/a", "");
     start();
     open("/docs/a");
     type("words");
     disk.failAlways(DiskOperation::createNew, ENOSPC);
-    select(0);
-    EXPECT_TRUE(kept().empty());
-    scheduler.advance(10s);
-    scheduler.settle();
+    app->flushSave(now);
+    const std::string text = "Не удалось сохранить «a»: нет места на диске. Текст пока только в памяти.";
+    ASSERT_TRUE(app->unsafeWords.get());
+    EXPECT_EQ(app->unsafeWords.get()->text, text);
+    for (int round = 0; round < 2; ++round) {
+        select(0);
+        EXPECT_TRUE(kept().empty());
+        EXPECT_TRUE(app->tabs.get()[1]->isDirty.get());
+        EXPECT_TRUE(app->unsafeWords.get());
+        scheduler.advance(10s);
+        scheduler.settle();
+        select(1);
+        EXPECT_EQ(shown(), "words");
+        EXPECT_TRUE(app->isDirty.get());
+        EXPECT_FALSE(app->isSaved.get());
+    }
+    close(1);
+    EXPECT_TRUE(app->unsafeWords.get()) << "the words outlive their tab";
     disk.heal();
     scheduler.advance(120s);
     scheduler.settle();
-    EXPECT_EQ(textsIn(journal), (Strings{"words"}));
+    EXPECT_FALSE(app->unsafeWords.get());
+    EXPECT_EQ(disk.bytes("/docs/a"), "words");
     quit();
-    EXPECT_EQ(kept(), (Strings{"words"}));
     EXPECT_TRUE(textsIn(journal).empty());
+}
+
+TEST_F(RescueTest, AReadOnlyFileSaysAtOnceThatItCannotBeSaved)
+{
+    disk.putFile("/docs/a", "A");
+    disk.setMode("/docs/a", 0444);
+    start();
+    open("/docs/a");
+    type("x");
+    scheduler.advance(800ms);
+    ASSERT_TRUE(app->unsafeWords.get());
+    disk.setMode("/docs/a", 0644);
+    scheduler.advance(2s);
+    EXPECT_FALSE(app->unsafeWords.get()) << "it goes by itself";
+    EXPECT_EQ(disk.bytes("/docs/a"), "xA");
 }
 
 TEST_F(RescueTest, AQueuedTextThatTheDiskRefusesIsWhatTheTabShows)
@@ -42,7 +71,7 @@ TEST_F(RescueTest, AQueuedTextThatTheDiskRefusesIsWhatTheTabShows)
     select(0);
     select(1);
     EXPECT_EQ(view.text().length(), 600 * 1024 + 3);
-    EXPECT_EQ(app->lineEndings.get(), "CRLF");
+    EXPECT_EQ(app->lineEndings.get(), LineEnds::crlf);
     type("more ");
     scheduler.advance(2s);
     scheduler.settle();
@@ -74,7 +103,7 @@ TEST_F(RescueTest, BytesThatAreNoTextAreKeptBeforeTheyAreReplaced)
     disk.putFile("/docs/binary", bytes);
     start();
     open("/docs/binary");
-    EXPECT_EQ(app->encodingName.get(), "UTF-8?");
+    EXPECT_EQ(app->encodingName.get(), TextEncoding::repairedUtf8);
     type("x");
     app->flushSave(now);
     type("y");

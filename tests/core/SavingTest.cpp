@@ -62,7 +62,7 @@ TEST_F(SavingTest, LineEndsStayAndEncodingsBecomeUtf8WithOneNotice)
     type("x");
     app->flushSave(now);
     EXPECT_EQ(disk.bytes("/docs/win"), "xПр\r\nП\r\n");
-    EXPECT_EQ(app->encodingName.get(), "UTF-8");
+    EXPECT_EQ(app->encodingName.get(), TextEncoding::utf8);
     EXPECT_EQ(app->notice.get(), "Файл был в CP1251 — пересохранён в UTF-8");
     app->dismissNotice();
     disk.putFile("/docs/win", "\xcf\xf0\r\n");
@@ -71,7 +71,7 @@ TEST_F(SavingTest, LineEndsStayAndEncodingsBecomeUtf8WithOneNotice)
     type("y");
     app->flushSave(now);
     EXPECT_FALSE(app->notice.get()) << "once a tab";
-    EXPECT_EQ(app->encodingName.get(), "UTF-8");
+    EXPECT_EQ(app->encodingName.get(), TextEncoding::utf8);
     open("/docs/lf");
     type("x\n");
     app->flushSave(now);

@@ -147,8 +147,8 @@ TEST_F(TabsTest, ToggledViewsAreRemembered)
     EXPECT_EQ(app->appearanceMode.get(), AppearanceMode::system);
     EXPECT_TRUE(app->showMinimap.get());
     EXPECT_TRUE(appearance.applied().empty());
-    app->appearanceMode.set(AppearanceMode::dark);
-    app->showMinimap.set(false);
+    app->setAppearanceMode(AppearanceMode::dark);
+    app->setShowMinimap(false);
     EXPECT_EQ(defaults.string("appearanceMode"), "dark");
     restart();
     EXPECT_EQ(app->appearanceMode.get(), AppearanceMode::dark);

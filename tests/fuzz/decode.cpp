@@ -12,7 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const auto read = TextFileReader::decode(bytes);
     const std::u16string text = read.text.text();
-    if (text.find(u'\r') != std::u16string::npos || read.lossy != (read.encodingName == "UTF-8?"))
+    if (text.find(u'\r') != std::u16string::npos
+        || read.lossy != (read.encodingName == TextEncoding::repairedUtf8))
         std::abort();
     std::string written;
     const auto take = [&](std::string_view piece) {

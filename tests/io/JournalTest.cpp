@@ -147,7 +147,7 @@ TEST_F(JournalOfDirtyText, AFullDiskIsLoggedOnceAndTheTextArrivesLater)
     pass(1s);
     type(u" two");
     pass(1s);
-    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: На диске нет места"});
+    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: Нет места на диске"});
     EXPECT_EQ(journalled(), Texts{});
     disk.heal();
     pass(2s);

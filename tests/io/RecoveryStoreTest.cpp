@@ -65,7 +65,7 @@ TEST_F(Recovery, SaysWhenItCannot)
     EXPECT_TRUE(recovery.list()->empty()) << "nothing was ever kept";
     disk.failAlways(DiskOperation::write, ENOSPC);
     EXPECT_EQ(recovery.keepBytes("x", "a").error().code, ENOSPC);
-    EXPECT_EQ(log.lines(), std::vector<std::string>{"Quillmark: text of a not kept: На диске нет места"});
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"Quillmark: text of a not kept: Нет места на диске"});
     disk.heal();
     EXPECT_EQ(recovery.keepCopy("/none").error().code, ENOENT);
     EXPECT_TRUE(disk.names("/state/recovered").empty()) << "no half file is left";

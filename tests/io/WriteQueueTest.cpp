@@ -58,7 +58,7 @@ TEST_F(Queue, AFailedWriteIsTriedAgainAfter2And10And60Seconds)
     enqueue("/d/b", "other");
     disk.failAlways(DiskOperation::resolveLinks, EIO, "/d/b");
     scheduler.settle();
-    EXPECT_EQ(log.lines().at(0), "Quillmark: background save failed: На диске нет места");
+    EXPECT_EQ(log.lines().at(0), "Quillmark: background save failed: Нет места на диске");
     EXPECT_FALSE(outcomes.at(0).result);
     size_t tries = written.size();
     for (const Duration pause : {2s, 10s, 60s, 60s}) {

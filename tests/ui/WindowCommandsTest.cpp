@@ -208,7 +208,7 @@ TEST(StatusBar, CountsAndConverts)
     window.wait(1s);
     EXPECT_EQ(TestWindow::contents(window.app().store.notes->front().url), "x a b\r\nc");
     QTest::mouseClick(endings, Qt::LeftButton);
-    EXPECT_EQ(window.app().lineEndings.get(), "LF");
+    EXPECT_EQ(window.app().lineEndings.get(), LineEnds::lf);
 }
 
 TEST(StatusBar, LeavesOutWhatThereIsNoRoomFor)
@@ -261,7 +261,7 @@ TEST(MainMenu, ShowsWhichLineEndsAreInUse)
     TestWindow window;
     window.show();
     const auto row = [&](const char* id) { return window.view().findChild<QAction*>(QLatin1String(id)); };
-    window.app().setLineEndings("CRLF");
+    window.app().setLineEndings(LineEnds::crlf);
     QMenu* view = nullptr;
     for (QMenu* menu : window.view().findChildren<QMenu*>())
         if (menu->actions().contains(row("view.crlf")))
@@ -275,7 +275,7 @@ TEST(MainMenu, ShowsWhichLineEndsAreInUse)
     EXPECT_FALSE(row("view.lf")->isChecked());
     row("view.lf")->trigger();
     parent->hide();
-    EXPECT_EQ(window.app().lineEndings.get(), "LF");
+    EXPECT_EQ(window.app().lineEndings.get(), LineEnds::lf);
     row("file.revealNotesFolder")->trigger();
     EXPECT_EQ(window.revealed(), std::vector<Path>{window.notesFolder()});
 }

@@ -54,8 +54,7 @@ void Coordinator::textViewDidChangeSelection()
     const Rope& text = view.text();
     const int64_t caret = std::min(text.length(), view.selection().range().location);
     const Line line = text.length() < longText ? text.lineAt(caret) : Line{0};
-    m_app.cursorLine.set(number(line) + 1);
-    m_app.cursorColumn.set(caret - text.startOf(line) + 1);
+    m_app.setCursor(number(line) + 1, caret - text.startOf(line) + 1);
 }
 
 void Coordinator::textViewDidPaste(std::u16string_view text)
@@ -70,8 +69,7 @@ void Coordinator::boundsChanged()
     const double document = std::max(visible, view.contentHeight());
     if (document <= 0)
         return;
-    m_app.viewportStart.set(std::max(view.scrollTop() / document, 0.0));
-    m_app.viewportFraction.set(std::min(visible / document, 1.0));
+    m_app.setViewport(std::max(view.scrollTop() / document, 0.0), std::min(visible / document, 1.0));
 }
 
 void Coordinator::installText()

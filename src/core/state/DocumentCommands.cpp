@@ -13,33 +13,21 @@ namespace {
 constexpr int64_t leastPastedCharacters = 20; ///< that tell a language
 constexpr std::string_view panelFolderKey = "panelFolder"; ///< the bytes of its path
 
-std::string forUser(const Path& path)
-{
-    return utf8(utf16(path.native()));
-}
-
 } // namespace
 
 // ---- The document
 
-void AppState::setLineEndings(std::string_view value)
+void AppState::setLineEndings(LineEnds value)
 {
-    const auto tab = activeTab();
-    if (value == lineEndings.get() || (value != "LF" && value != "CRLF") || isReadOnly.get()
-        || isLoading.get())
+    if (!m_impl->document.setLineEndings(value))
         return;
-    lineEndings.set(std::string(value));
-    isDirty.set(true);
-    if (tab)
-        tab->isDirty.set(true);
-    m_impl->journal.textChanged(m_impl->document.id);
-    m_impl->scheduleSave();
-    showNotice("Переносы строк: " + std::string(value) + " — файл будет пересохранён");
+    m_impl->scheduleSave(saveDelay);
+    showNotice("Переносы строк: " + std::string(nameOf(value)) + " — файл будет пересохранён");
 }
 
 void AppState::setLanguageOverride(Language language)
 {
-    syntaxLanguage.set(language);
+    m_syntaxLanguage.set(language);
     if (const auto tab = activeTab())
         tab->languageOverride = language;
 }
@@ -51,12 +39,12 @@ void AppState::detectLanguageAfterPaste(std::u16string_view text, const PlainTex
         return;
     const std::u16string_view start = firstGraphemes(text.substr(0, sniffedUnits), sniffedCharacters);
     if (graphemeCount(start) >= leastPastedCharacters)
-        syntaxLanguage.set(guessLanguage(start));
+        m_syntaxLanguage.set(guessLanguage(start));
 }
 
 void AppState::goToLine(int64_t line)
 {
-    goToLineVisible.set(false);
+    m_goToLineVisible.set(false);
     PlainTextView* const view = textView();
     if (line < 1 || !view)
         return;
@@ -97,8 +85,8 @@ void AppState::saveAs(const Path& path)
     if (!tab || isLoading.get())
         return;
     const Path url = standardised(path);
-    m_impl->currentText = editorText();
-    const auto written = m_impl->writeUnder(url);
+    m_impl->document.takeEditorText();
+    const auto written = m_impl->document.saveAs(url);
     if (!written)
         return showNotice("Не удалось сохранить: " + written.error().message);
     m_impl->adoptSavedAsFile(url, *tab);
@@ -120,72 +108,41 @@ void AppState::rememberPanelFolder(const Path& chosenFile)
     m_impl->services.defaults.setData(panelFolderKey, chosenFile.parent_path().native());
 }
 
-Status AppState::Impl::writeUnder(const Path& url)
-{
-    const auto tab = app.activeTab();
-    if (urlOf(*tab) == url) {
-        if (const Status allowed = mayReplace(url); !allowed)
-            return allowed;
-        if (const Status kept = keepBytes(url); !kept)
-            return kept;
-    }
-    queuedSaves.erase(url.native()); // what is queued is older
-    const uint64_t version = journal.version(document.id);
-    const auto written = writeQueue.writeNow({.target = url,
-        .text = currentText,
-        .lineEnds = lineEnds(),
-        .outsideVersion = OutsideVersion::replaceKept,
-        .version = version});
-    if (!written)
-        return std::unexpected(written.error());
-    journal.saved(document.id, version);
-    unkept.erase(document.id);
-    return {};
-}
-
 /// The active tab shows the new file from now on; no other tab does.
 void AppState::Impl::adoptSavedAsFile(const Path& url, EditorTab& tab)
 {
-    const FileSource source{url};
-    Tabs rest = app.tabs.get();
-    std::erase_if(
-        rest, [&](const auto& other) { return other->id != tab.id && *other->source == TabSource(source); });
-    tab.source.set(source);
-    tab.title.set(displayName(url));
-    tab.isDirty.set(false);
-    app.tabs.set(std::move(rest));
-    app.isDirty.set(false);
-    app.encodingName.set("UTF-8");
-    document.unreadable.reset();
-    document.isLossy = false;
+    const TabSource source = FileSource{url};
+    tabs.removeIf([&](const EditorTab& other) { return *other.source == source; });
+    tabs.setSource(tab, source);
+    tabs.setTitle(tab, displayName(url));
     lastFlushAt = services.scheduler.now();
     if (!tab.languageOverride)
-        app.syntaxLanguage.set(languageForURL(url));
+        app.m_syntaxLanguage.set(languageForURL(url));
     watchActiveFile(tab);
     app.saveSession();
-    app.showNotice("Сохранено: " + forUser(url));
+    app.showNotice("Сохранено: " + displayPath(url));
 }
 
 // ---- The notes folder
 
 void AppState::chooseNotesFolder(const Path& folder)
 {
-    m_impl->finishTyping();
+    m_impl->document.finishTyping();
     flushSave(AllowBackground::no);
-    m_impl->rescueUnsavedText();
+    static_cast<void>(m_impl->document.rescue());
     commitActiveNoteTitle();
     saveSession();
     if (!store.setNotesFolder(folder))
         return showNotice("Не удалось получить доступ к папке");
     reloadNotesFolder();
-    showNotice("Папка заметок: " + forUser(folder));
+    showNotice("Папка заметок: " + displayPath(folder));
 }
 
 void AppState::reloadNotesFolder()
 {
     m_impl->saveTask.cancel();
-    m_impl->rescueUnsavedText();
-    isDirty.set(false);
+    static_cast<void>(m_impl->document.rescue());
+    m_impl->document.wordsWentElsewhere();
     Tabs rest = fileTabs();
     if (!store.notes->empty()) {
         const Note& first = store.notes->front();
@@ -194,8 +151,8 @@ void AppState::reloadNotesFolder()
     if (rest.empty()) {
         m_impl->showFreshNote();
     } else {
-        activeTabID.set(rest.front()->id);
-        tabs.set(std::move(rest));
+        const Uuid first = rest.front()->id;
+        m_impl->tabs.replaceAll(std::move(rest), first);
     }
     m_impl->loadActiveDocument();
     saveSession();

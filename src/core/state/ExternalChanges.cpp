@@ -2,8 +2,6 @@
 // either side is lost.
 #include "core/state/Impl.h"
 
-#include "text/Unicode.h"
-
 #include <algorithm>
 
 namespace quillmark {
@@ -21,40 +19,21 @@ bool contains(const std::vector<Uuid>& ids, const Uuid& id)
 
 } // namespace
 
-/// Calls `then` unless the file is the one that was last read or written, or has the same bytes. Large ones
-/// are compared in the background, and nothing comes of it when the document is another one by then.
-void AppState::Impl::ifChanged(const Path& url, std::function<void()> then)
+/// Calls `then` unless the file is the one that was last read or written, or has the same bytes. A disk that
+/// does not say is asked again later.
+void AppState::Impl::lookAtFile(const Path& url, std::function<void(FileVerdict)> then)
 {
-    using State = KnownFiles::State;
-    const auto info = services.files.stat(url);
-    KnownFiles& known = services.writer.known();
-    if (!info || info->size < backgroundThreshold) {
-        if (!info || known.stateOf(services.files, url, *info) != State::asKnown)
-            then();
-        return;
-    }
-    comparing = services.scheduler.background(
-        Priority::userInitiated,
-        [&known, &files = services.files, url, info = *info](
-            const CancelToken&) { return known.stateOf(files, url, info); },
-        [this, url, then = std::move(then), id = document.id, flushedAt = lastFlushAt](State state) {
-            if (document.id != id || app.isLoading.get() || state == State::asKnown)
+    looking = fileLook.look(
+        url, [this, url, then, id = document.id(), flushedAt = lastFlushAt](FileVerdict verdict) {
+            if (document.id() != id || document.isLoading.get())
                 return;
             if (lastFlushAt != flushedAt) // it was written meanwhile
-                return ifChanged(url, then);
-            then();
+                return lookAtFile(url, then);
+            if (verdict == FileVerdict::unreachable)
+                scheduleFileCheck(unreachablePause);
+            else if (verdict != FileVerdict::ours)
+                then(verdict);
         });
-}
-
-/// Whether another program has written just what a save would write. Nobody knows of a large text.
-bool AppState::Impl::isWrittenAlready(const Path& url, const FileInfo& info)
-{
-    const Rope text = app.editorText();
-    if (info.size >= backgroundThreshold || text.length() > info.size)
-        return false;
-    const auto ours = hashOf(contentOf(text, lineEnds()));
-    const auto theirs = hashOf(contentOfFile(services.files, url));
-    return ours && theirs && *ours == *theirs;
 }
 
 // ---- Files
@@ -83,35 +62,41 @@ void AppState::Impl::scheduleFileCheck(Duration delay)
 
 void AppState::Impl::checkActiveFileOnDisk()
 {
-    const auto tab = app.activeTab();
-    const FileSource* const file = tab ? tab->file() : nullptr;
-    if (!file)
+    const auto tab = tabs.active();
+    const auto url = tab ? urlOf(*tab) : std::nullopt;
+    if (!url)
         return;
     if (app.isLoading.get()) // what is being read may be the old file still
         return scheduleFileCheck(fileCheckDelay);
     const SteadyTime now = services.scheduler.now();
     if (lastFlushAt && now - *lastFlushAt <= ownWriteWindow) // looked at once more when it is over
         return scheduleFileCheck(*lastFlushAt + ownWriteWindow - now + 1ms);
-    if (!writeQueue.pendingText(file->url))
-        ifChanged(file->url, [this, url = file->url] { activeFileChanged(url); });
+    if (words.queue().pendingText(*url))
+        return;
+    lookAtFile(*url, [this, isNote = tab->note() != nullptr](FileVerdict verdict) {
+        if (!isNote)
+            activeFileChanged(verdict);
+        else if (verdict == FileVerdict::changed) // that its file has gone is for the store to find
+            activeNoteHasAnotherVersion();
+    });
 }
 
-void AppState::Impl::activeFileChanged(const Path& url)
+void AppState::Impl::activeFileChanged(FileVerdict verdict)
 {
-    finishTyping();
-    const auto tab = app.activeTab();
-    const auto info = services.files.stat(url);
-    if (!info && saysMissing(info.error())) {
+    document.finishTyping();
+    if (document.isUnreadable() && document.isDirty.get())
+        return; // what is typed beside bytes that nobody could read is not for their place
+    if (verdict == FileVerdict::missing && document.isReadOnly.get())
+        return; // a log that is about to be started anew: what is shown stays, and is never written
+    if (verdict == FileVerdict::missing) {
         app.showNotice("Файл удалён или перемещён — текст в памяти, сохранится при следующей правке");
-        app.isDirty.set(true);
-        tab->isDirty.set(true);
-        journal.textChanged(document.id);
-    } else if (app.isDirty.get() && info && isWrittenAlready(url, *info)) {
+        document.vanished();
+    } else if (document.isDirty.get() && document.isWrittenAlready()) {
         app.flushSave(AllowBackground::no);
-    } else if (app.isDirty.get()) {
+    } else if (document.isDirty.get()) {
         app.showNotice(fileChangedNotice);
     } else {
-        loadActiveDocument();
+        document.reload();
     }
 }
 
@@ -120,85 +105,79 @@ void AppState::Impl::activeFileChanged(const Path& url)
 void AppState::Impl::handleExternalNoteChanges(
     const std::vector<Uuid>& changedIDs, const std::vector<Uuid>& removedIDs)
 {
-    Tabs rest = app.tabs.get();
-    std::erase_if(rest, [&](const auto& tab) {
-        return tab->note() && tab->id != app.activeTabID.get() && contains(removedIDs, tab->note()->id);
-    });
-    app.tabs.set(std::move(rest));
+    tabs.removeIf([&](const EditorTab& tab) { return tab.note() && contains(removedIDs, tab.note()->id); });
     for (const auto& tab : *app.tabs) {
         if (tab->note() && contains(changedIDs, tab->note()->id))
-            tab->title.set(app.store.find(tab->note()->id)->title);
+            tabs.setTitle(*tab, app.store.find(tab->note()->id)->title);
     }
     if (const auto id = app.activeNoteID()) {
         const Note* const note = app.store.find(*id);
         if (contains(removedIDs, *id))
             activeNoteRemoved(*app.activeTabID.get());
         else if (contains(changedIDs, *id))
-            ifChanged(note->url, [this, url = note->url] { activeNoteHasAnotherVersion(url); });
+            lookAtFile(note->url, [this](FileVerdict) { activeNoteHasAnotherVersion(); });
     }
     app.saveSession();
 }
 
 /// Whether it differs from the user's words, a save finds out: now, or once the disk takes one.
-void AppState::Impl::activeNoteHasAnotherVersion(const Path& url)
+void AppState::Impl::activeNoteHasAnotherVersion()
 {
-    finishTyping();
+    document.finishTyping();
     if (app.isDirty.get())
         app.flushSave(AllowBackground::no);
     else
-        activeNoteChanged(url);
+        activeNoteChanged();
 }
 
-/// The user's words become a note of their own, and the editor shows what the other program wrote.
-void AppState::Impl::activeNoteChanged(Path url)
+/// The user's words become a note of their own, and the editor shows what the other program wrote. Words that
+/// nothing takes stay where they are.
+void AppState::Impl::activeNoteChanged()
 {
-    finishTyping();
-    const auto tab = app.activeTab();
+    document.finishTyping();
     if (app.isDirty.get()) {
-        keepAsConflictCopy(document.id, app.editorText(), url);
-        app.isDirty.set(false);
-        tab->isDirty.set(false);
+        if (!keepAsConflictCopy(document.id(), document.facts(), document.text())) {
+            static_cast<void>(words.takeBack(document.file())); // the editor has them still
+            return;
+        }
+        document.wordsWentElsewhere();
     }
-    loadActiveDocument();
+    document.reload();
 }
 
-/// The document's journal goes when the text is safe.
-void AppState::Impl::keepAsConflictCopy(const Uuid& id, const Rope& text, const Path& url)
+/// False when the words are neither in a note of their own nor in the recovery folder.
+bool AppState::Impl::keepAsConflictCopy(const Uuid& id, const DocumentFacts& facts, const Rope& text)
 {
-    const auto copy = app.store.writeConflictCopy(text, url);
+    const auto copy = app.store.writeConflictCopy(text, facts.file);
     if (!copy)
-        return keep(id, {.original = url, .text = text});
-    unkept.erase(id);
-    journal.forget(id);
-    const std::string name = utf8(utf16(copy->stem().native()));
-    app.showNotice("Заметка изменена снаружи — ваша версия сохранена как «" + name + "»");
+        return words.keep(id, facts, text);
+    words.forget(id);
+    app.showNotice(
+        "Заметка изменена снаружи — ваша версия сохранена как «" + displayName(copy->stem()) + "»");
+    return true;
 }
 
 void AppState::Impl::activeNoteRemoved(const Uuid& tabID)
 {
-    finishTyping();
+    document.finishTyping();
     saveTask.cancel();
-    rescueUnsavedText();
-    app.isDirty.set(false);
+    static_cast<void>(document.rescue());
+    document.wordsWentElsewhere();
     app.closeTab(tabID);
     app.showNotice("Файл заметки удалён снаружи");
 }
 
 /// A queued text of a note met another program's version.
-void AppState::Impl::queuedNoteWasChanged(const Path& url)
+void AppState::Impl::queuedNoteWasChanged(const Uuid& id, const DocumentFacts& facts, const Rope& text)
 {
-    const Uuid id = queuedSaves.extract(url.native()).mapped().document;
-    const auto text = writeQueue.pendingText(url);
-    writeQueue.discard(url);
-    const auto tab = app.activeTab();
-    const bool isShown = tab && tab->note() && urlOf(*tab) == url && document.id == id;
+    const bool isShown = document.id() == id;
     if (isShown)
-        finishTyping();
+        document.finishTyping();
     if (isShown && app.isDirty.get()) // what has been typed since is one copy with it
-        return activeNoteChanged(url);
-    if (text)
-        keepAsConflictCopy(id, *text, url);
-    if (isShown)
+        return activeNoteChanged();
+    if (keepAsConflictCopy(id, facts, text) && isShown)
+        document.reload();
+    else if (isShown)
         loadActiveDocument();
 }
 

@@ -6,14 +6,14 @@ using namespace std::chrono_literals;
 
 void AppState::showNotice(std::string text)
 {
-    notice.set(std::move(text));
-    m_impl->noticeTask = m_impl->services.scheduler.after(8s, [this] { notice.set(std::nullopt); });
+    m_notice.set(std::move(text));
+    m_impl->noticeTask = m_impl->services.scheduler.after(8s, [this] { m_notice.set(std::nullopt); });
 }
 
 void AppState::dismissNotice()
 {
     m_impl->noticeTask.cancel();
-    notice.set(std::nullopt);
+    m_notice.set(std::nullopt);
 }
 
 } // namespace quillmark

@@ -70,8 +70,7 @@ void AppState::Impl::restoreSession()
     const auto last = static_cast<int64_t>(restored.size()) - 1;
     const auto index = static_cast<size_t>(std::clamp<int64_t>(session->activeIndex, 0, last));
     const Uuid activeID = restored[index]->id;
-    app.tabs.set(std::move(restored));
-    app.activeTabID.set(activeID);
+    tabs.replaceAll(std::move(restored), activeID);
 }
 
 } // namespace quillmark

@@ -25,8 +25,8 @@ void AppState::Impl::countNow()
         [this](std::optional<TextStatistics> counted) {
             if (!counted)
                 return;
-            app.stats.set(counted->stats);
-            app.minimapSamples.set(std::move(counted->minimapSamples));
+            app.m_stats.set(counted->stats);
+            app.m_minimapSamples.set(std::move(counted->minimapSamples));
         });
 }
 

@@ -22,12 +22,6 @@ bool isBlank(const Rope& text)
     return blank;
 }
 
-size_t indexOf(const AppState::Tabs& tabs, const Uuid& id)
-{
-    const auto found = std::ranges::find(tabs, id, [](const auto& tab) { return tab->id; });
-    return static_cast<size_t>(found - tabs.begin());
-}
-
 } // namespace
 
 Path standardised(const Path& path)
@@ -45,17 +39,9 @@ std::string displayName(const Path& url)
     return utf8(utf16(name));
 }
 
-std::shared_ptr<EditorTab> AppState::Impl::findTab(const Uuid& id) const
+std::string displayPath(const Path& path)
 {
-    const auto found = std::ranges::find(app.tabs.get(), id, [](const auto& tab) { return tab->id; });
-    return found != app.tabs->end() ? *found : nullptr;
-}
-
-std::shared_ptr<EditorTab> AppState::Impl::findTab(const TabSource& source) const
-{
-    const auto found = std::ranges::find(
-        app.tabs.get(), source, [](const auto& tab) -> const TabSource& { return *tab->source; });
-    return found != app.tabs->end() ? *found : nullptr;
+    return utf8(utf16(path.native()));
 }
 
 std::optional<Path> AppState::Impl::urlOf(const EditorTab& tab) const
@@ -77,72 +63,60 @@ void AppState::newNote()
 void AppState::openNote(Uuid noteID)
 {
     const NoteSource source{noteID};
-    if (const auto tab = m_impl->findTab(source))
+    if (const auto tab = m_impl->tabs.find(source))
         return selectTab(tab->id);
     if (const Note* note = store.find(noteID))
-        m_impl->appendAndSelect(std::make_shared<EditorTab>(source, note->title));
+        m_impl->openAndSelect(source, note->title);
 }
 
 void AppState::openFile(const Path& path)
 {
     const FileSource source{standardised(path)};
-    if (const auto tab = m_impl->findTab(source))
+    if (const auto tab = m_impl->tabs.find(source))
         return selectTab(tab->id);
-    m_impl->appendAndSelect(std::make_shared<EditorTab>(source, displayName(source.url)));
+    m_impl->openAndSelect(source, displayName(source.url));
 }
 
-void AppState::Impl::appendAndSelect(std::shared_ptr<EditorTab> tab)
+void AppState::Impl::openAndSelect(TabSource source, std::string title)
 {
-    Tabs all = app.tabs.get();
-    all.push_back(tab);
-    app.tabs.set(std::move(all));
-    app.selectTab(tab->id);
+    app.selectTab(tabs.append(std::move(source), std::move(title))->id);
 }
 
 void AppState::selectTab(Uuid tabID)
 {
-    if (activeTabID.get() == tabID || !m_impl->findTab(tabID))
+    if (activeTabID.get() == tabID || !m_impl->tabs.find(tabID))
         return;
     m_impl->leaveActiveDocument();
-    activeTabID.set(tabID);
+    if (!m_impl->tabs.find(tabID)) // leaving may have taken tabs with it
+        return;
+    m_impl->tabs.activate(tabID);
     m_impl->loadActiveDocument();
     saveSession();
 }
 
 void AppState::selectAdjacentTab(int offset)
 {
-    const auto count = static_cast<int64_t>(tabs->size());
-    if (count < 2 || !activeTab())
-        return;
-    const auto index = static_cast<int64_t>(indexOf(tabs.get(), *activeTabID.get()));
-    const int64_t next = ((index + offset) % count + count) % count;
-    selectTab(tabs.get()[static_cast<size_t>(next)]->id);
+    if (const auto tab = m_impl->tabs.neighbour(offset))
+        selectTab(tab->id);
 }
 
 void AppState::commitActiveNoteTitle()
 {
     const auto noteID = activeNoteID();
-    if (!noteID || m_impl->document.unreadable) // nobody knows the title of what could not be read
+    if (!noteID || m_impl->document.isUnreadable()) // nobody knows the title of what could not be read
         return;
     store.renameFileIfNeeded(*noteID);
     if (const Note* note = store.find(*noteID))
-        activeTab()->title.set(note->title);
+        m_impl->tabs.setTitle(*activeTab(), note->title);
 }
 
-/// What an input method is still working on becomes a part of the text.
-void AppState::Impl::finishTyping()
-{
-    if (textView)
-        textView->commitComposition();
-}
-
-/// After it nothing of the outgoing document is unsaved: what could not be written is in the recovery folder.
+/// After it the outgoing document is clean: what could not be written is in the recovery folder, or held.
 void AppState::Impl::leaveActiveDocument()
 {
-    finishTyping();
+    document.finishTyping();
     app.flushSave(AllowBackground::no);
-    rescueUnsavedText();
-    app.isDirty.set(false);
+    static_cast<void>(document.rescue());
+    document.wordsWentElsewhere();
     app.commitActiveNoteTitle();
 }
 
@@ -150,12 +124,12 @@ void AppState::Impl::leaveActiveDocument()
 
 void AppState::closeTab(Uuid tabID)
 {
-    const auto tab = m_impl->findTab(tabID);
+    const auto tab = m_impl->tabs.find(tabID);
     if (!tab)
         return;
     const bool isActive = activeTabID.get() == tabID;
     if (isActive)
-        m_impl->finishTyping();
+        m_impl->document.finishTyping();
     bool looksEmpty = !isActive || m_impl->isBlankDocument();
     if (isActive)
         m_impl->leaveActiveDocument();
@@ -173,13 +147,14 @@ void AppState::closeTab(Uuid tabID)
 /// Whether the user sees an empty text. What is still being read, or could not be, is not empty.
 bool AppState::Impl::isBlankDocument() const
 {
-    return !app.isLoading.get() && !document.unreadable && isBlank(app.editorText());
+    return !app.isLoading.get() && !document.isUnreadable() && isBlank(document.text());
 }
 
 /// A note that looks empty goes to the Trash only when the disk agrees: another program may have filled it.
 bool AppState::Impl::isStillEmpty(const Note& note, bool wasActive)
 {
-    if (!wasActive && note.byteSize != 0)
+    const auto unsaved = words.stateOf(note.url);
+    if ((!wasActive && note.byteSize != 0) || (unsaved && unsaved != UnsavedWords::State::kept))
         return false;
     const auto info = services.files.stat(note.url);
     return info ? info->size == note.byteSize : saysMissing(info.error());
@@ -188,36 +163,32 @@ bool AppState::Impl::isStillEmpty(const Note& note, bool wasActive)
 void AppState::deleteNote(const Note& note)
 {
     const Note deleted = note; // the record goes with the first step
-    const auto tab = m_impl->findTab(NoteSource{deleted.id});
-    const bool isActive = tab && tab == activeTab();
-    if (isActive) { // no save may make the file again, and the Trash gets the file without the last words
-        m_impl->finishTyping();
+    const auto tab = m_impl->tabs.find(NoteSource{deleted.id});
+    OpenDocument& document = m_impl->document;
+    if (tab
+        && tab
+            == activeTab()) { // no save may make the file again, and the Trash gets it without the last words
+        document.finishTyping();
         m_impl->saveTask.cancel();
-        m_impl->rescueUnsavedText();
-        isDirty.set(false);
+        static_cast<void>(document.rescue(UnsavedWords::Retry::recoveryOnly));
+        document.wordsWentElsewhere();
     }
-    m_impl->settleQueuedText(deleted.url);
+    m_impl->words.giveUp(deleted.url);
     store.trashNote(deleted);
     if (tab)
         m_impl->removeTab(tab->id);
     saveSession();
 }
 
-void AppState::Impl::removeTab(Uuid id)
+void AppState::Impl::removeTab(const Uuid& id)
 {
-    Tabs rest = app.tabs.get();
-    const size_t index = indexOf(rest, id);
-    if (index == rest.size())
+    if (!tabs.find(id))
         return;
-    rest.erase(rest.begin() + static_cast<ptrdiff_t>(index));
-    if (rest.empty()) {
-        showFreshNote();
-        return loadActiveDocument();
-    }
     const bool wasActive = app.activeTabID.get() == id;
-    if (wasActive)
-        app.activeTabID.set(rest[std::min(index, rest.size() - 1)]->id);
-    app.tabs.set(std::move(rest));
+    if (app.tabs->size() == 1)
+        showFreshNote();
+    else
+        tabs.remove(id);
     if (wasActive)
         loadActiveDocument();
 }
@@ -227,8 +198,7 @@ void AppState::Impl::removeTab(Uuid id)
 void AppState::Impl::showOnly(const Note& note)
 {
     const auto tab = std::make_shared<EditorTab>(NoteSource{note.id}, note.title);
-    app.tabs.set({tab});
-    app.activeTabID.set(tab->id);
+    tabs.replaceAll({tab}, tab->id);
 }
 
 void AppState::Impl::showFreshNote()

@@ -76,7 +76,7 @@ void GoToLineView::keyPressEvent(QKeyEvent* event)
 {
     switch (event->key()) {
     case Qt::Key_Escape:
-        return m_app.goToLineVisible.set(false);
+        return m_app.setGoToLineVisible(false);
     case Qt::Key_Return:
     case Qt::Key_Enter:
         return submit();
@@ -90,7 +90,7 @@ void GoToLineView::submit()
     if (const auto line = typedLine(m_field->text()))
         m_app.goToLine(*line);
     else
-        m_app.goToLineVisible.set(false);
+        m_app.setGoToLineVisible(false);
 }
 
 void GoToLineView::paintEvent(QPaintEvent*)

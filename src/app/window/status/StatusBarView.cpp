@@ -98,7 +98,7 @@ QMenu* StatusBarView::makeLanguageMenu()
 
 void StatusBarView::convertLineEndings()
 {
-    m_app.setLineEndings(m_app.lineEndings.get() == "LF" ? "CRLF" : "LF");
+    m_app.setLineEndings(m_app.lineEndings.get() == LineEnds::lf ? LineEnds::crlf : LineEnds::lf);
 }
 
 void StatusBarView::watch()
@@ -115,15 +115,15 @@ void StatusBarView::watch()
         m_language->setLabel(QString::fromUtf8(displayName(language)));
         fit();
     });
-    follow(m_app.lineEndings, [this](const std::string& endings) {
-        m_lineEndings->setLabel(QString::fromUtf8(endings));
+    follow(m_app.lineEndings, [this](LineEnds endings) {
+        m_lineEndings->setLabel(QString::fromUtf8(nameOf(endings)));
         fit();
     });
-    follow(m_app.encodingName, [this](const std::string& name) {
-        m_encoding->setText(QString::fromUtf8(name));
+    follow(m_app.encodingName, [this](TextEncoding encoding) {
+        m_encoding->setText(QString::fromUtf8(nameOf(encoding)));
         fit();
     });
-    follow(m_app.isDirty, [this](bool isDirty) { m_saveState->setDirty(isDirty); });
+    follow(m_app.isSaved, [this](bool isSaved) { m_saveState->setDirty(!isSaved); });
 }
 
 void StatusBarView::showStatistics()
