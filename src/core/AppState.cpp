@@ -135,14 +135,14 @@ AppState::AppState(AppServices services)
         m_impl->handleExternalNoteChanges(changedIDs, removedIDs);
     };
 
-    const size_t recovered = m_impl->words.recoverLeftovers();
+    const size_t found = m_impl->words.recoverLeftovers();
     m_impl->restoreSession();
     m_impl->isSessionRestored = true;
     if (tabs->empty())
         m_impl->showFirstNote();
     m_impl->loadActiveDocument();
-    if (recovered > 0)
-        showNotice(recoveredNotice(recovered));
+    if (found > 0)
+        showNotice(recoveredNotice(found));
 }
 
 AppState::~AppState()

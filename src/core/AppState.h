@@ -46,6 +46,15 @@ struct UnsafeWords {
     bool operator==(const UnsafeWords&) const = default;
 };
 
+/// A note that was deleted a moment ago and can be taken back.
+struct TrashedNote {
+    Note note; ///< as it was
+    std::string name; ///< its title, UTF-8
+    std::optional<Rope> lastWords; ///< that its file does not have
+
+    bool operator==(const TrashedNote& other) const { return note == other.note; }
+};
+
 class AppState {
     struct Impl;
     std::unique_ptr<Impl> m_impl; // made before and destroyed after what is public
@@ -64,6 +73,7 @@ class AppState {
     Variable<std::vector<float>> m_minimapSamples;
     Variable<std::optional<std::string>> m_notice;
     Variable<std::optional<UnsafeWords>> m_unsafeWords;
+    Variable<std::optional<TrashedNote>> m_trashedNote;
     Variable<bool> m_isSaved{true};
 
 public:
@@ -118,6 +128,8 @@ public:
     const Observable<std::optional<std::string>>& notice = m_notice;
     /// Set as soon as a save fails, until the words are safe; those of the active document first.
     const Observable<std::optional<UnsafeWords>>& unsafeWords = m_unsafeWords;
+    /// Set for 10 s once the Trash has a note that the user deleted.
+    const Observable<std::optional<TrashedNote>>& trashedNote = m_trashedNote;
 
     // What the editor reports.
     void setCursor(int64_t line, int64_t column); ///< both 1-based
@@ -143,6 +155,7 @@ public:
     void selectAdjacentTab(int offset); ///< +1 next, −1 previous, around the ends
     void closeTab(Uuid tabID); ///< the last one is replaced by a fresh note
     void deleteNote(const Note& note); ///< moves its file to the Trash and closes its tab
+    void restoreTrashedNote(); ///< with its last words, in a tab of its own; nothing when there is none
     void commitActiveNoteTitle(); ///< gives the active note's file its title's name now
 
     // Editing and saving.

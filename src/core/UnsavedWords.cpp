@@ -338,11 +338,8 @@ void UnsavedWords::finish()
             m_queue.discard(record.facts.file); // a third attempt would only take time
     }
     m_retry.cancel();
-    m_journal.finish();
-    for (const auto& [document, record] : m_records) {
-        if (record.state != State::kept && !m_journal.holds(document))
-            m_log.line("Quillmark: words lost: " + record.facts.file.native());
-    }
+    if (!m_journal.finish() && !areAllSafe())
+        m_log.line("Quillmark: not every text could be put on a disk");
 }
 
 void UnsavedWords::checkInvariants() const

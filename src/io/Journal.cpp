@@ -127,7 +127,7 @@ void Journal::forget(const Uuid& document)
     m_entries.erase(entry);
 }
 
-void Journal::finish()
+bool Journal::finish()
 {
     m_files->useLastResorts();
     std::vector<Uuid> dirty;
@@ -137,7 +137,7 @@ void Journal::finish()
     }
     for (const Uuid& document : dirty)
         write(document);
-    m_jobs.finishAll();
+    return m_jobs.finishAll().empty();
 }
 
 size_t Journal::recoverLeftovers()

@@ -38,8 +38,8 @@ public:
     void forget(const Uuid& document);
 
     /// For the end of the program: journals at once what was typed since the last write, by now in any folder
-    /// that takes it, and blocks until all writes and removals have been tried.
-    void finish();
+    /// that takes it, and blocks until all writes and removals have been tried. True when all succeeded.
+    bool finish();
 
     /// Moves the journals of dead processes to the recovery folder and returns how many there were. Any
     /// thread, before or after the first edit.

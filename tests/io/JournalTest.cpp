@@ -173,7 +173,7 @@ TEST_F(JournalOfDirtyText, WhereItsFolderRefusesAnotherTakesItAndTheNextStartFin
     pass(1s);
     EXPECT_EQ(journalled("/run/q"), Texts{"one two"});
     EXPECT_EQ(journalled(), Texts{}) << "the older text would only confuse";
-    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: На диске нет места; kept in /run/q"});
+    EXPECT_EQ(log.lines(), Texts{"Quillmark: journal not written: Нет места на диске; kept in /run/q"});
     disk.heal();
     type(u" three");
     pass(1s);

@@ -135,13 +135,14 @@ TEST_F(CoordinatorTest, FollowsFontAndEditability)
     EXPECT_GT(text().contentHeight(), before);
     EXPECT_EQ(text().text().text(), u"abc");
 
-    app->isReadOnly.set(true);
-    text().insertText(u"x");
-    EXPECT_EQ(text().text().text(), u"abc");
-    app->isReadOnly.set(false);
-    app->isLoading.set(true);
+    disk.putFile("/files/large", std::string(20 * 1024 * 1024 + 1, 'l'));
+    app->openFile("/files/large");
+    ASSERT_TRUE(app->isLoading.get());
     EXPECT_FALSE(text().isEditable());
-    app->isLoading.set(false);
+    settle();
+    text().insertText(u"x");
+    EXPECT_EQ(text().text().at(0), u'l');
+    open("small", "abc");
     EXPECT_TRUE(text().isEditable());
 }
 
@@ -149,13 +150,13 @@ TEST_F(CoordinatorTest, LeavesNothingBehind)
 {
     start("abc");
     EXPECT_EQ(app->textView(), &text());
-    app->loadGeneration.set(*app->loadGeneration + 1); // the focus is now on its way
+    app->openFile("/files/another"); // the focus is now on its way
     coordinator.reset();
     EXPECT_EQ(app->textView(), nullptr);
     delete view;
     settle();
     app->settings.fontSize.set(18);
-    app->isReadOnly.set(true);
+    open("large", std::string(20 * 1024 * 1024 + 1, 'l'));
 }
 
 } // namespace quillmark

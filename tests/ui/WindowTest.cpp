@@ -63,12 +63,13 @@ TEST(ContentView, TitleIsNotRewrittenByTheToolkit)
 TEST(ContentView, ReadOnlyBannerStandsAboveTheNotice)
 {
     TestWindow window;
+    const Path large = window.addFile("large", std::string(20 * 1024 * 1024 + 1, 'l'));
     window.show();
     EXPECT_FALSE(window.find<ReadOnlyBanner>());
     EXPECT_FALSE(window.find<NoticeBanner>());
 
     window.app().showNotice("Сначала слово");
-    window.app().isReadOnly.set(true);
+    window.app().openFile(large);
     window.settle();
     ASSERT_TRUE(window.shows(QStringLiteral("Файл больше 20 МБ — открыт только для чтения")));
     ASSERT_TRUE(window.shows(QStringLiteral("Сначала слово")));
@@ -77,7 +78,7 @@ TEST(ContentView, ReadOnlyBannerStandsAboveTheNotice)
     EXPECT_LT(top(window.find<ReadOnlyBanner>()), top(window.find<NoticeBanner>()));
     EXPECT_LT(top(window.find<NoticeBanner>()), top(&window.view().editorArea()));
 
-    window.app().isReadOnly.set(false);
+    window.app().selectAdjacentTab(1);
     window.wait(7s);
     EXPECT_FALSE(window.find<ReadOnlyBanner>());
     EXPECT_TRUE(window.find<NoticeBanner>());

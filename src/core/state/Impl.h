@@ -18,6 +18,7 @@ struct AppState::Impl {
     void leaveActiveDocument();
     bool isBlankDocument() const;
     bool isStillEmpty(const Note& note, bool wasActive);
+    void offerToRestore(TrashedNote trashed);
     void removeTab(const Uuid& id);
     void showOnly(const Note& note);
     void showFreshNote();
@@ -75,7 +76,10 @@ struct AppState::Impl {
     Task saveTask;
     Task statsTask;
     Task noticeTask;
+    Task trashedNoteTask;
     std::vector<Connection> connections;
+    std::shared_ptr<Impl> self{
+        this, [](Impl*) {}}; ///< owns nothing; gone with the model, for what comes later
 };
 
 inline constexpr Duration saveDelay = std::chrono::milliseconds(800); ///< from the last edit to its save

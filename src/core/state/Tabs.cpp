@@ -8,6 +8,10 @@
 namespace quillmark {
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr Duration restoreOffer = 10s; ///< how long a deleted note can be taken back with one click
+
 bool isBlank(const Rope& text)
 {
     bool blank = true;
@@ -165,19 +169,48 @@ void AppState::deleteNote(const Note& note)
     const Note deleted = note; // the record goes with the first step
     const auto tab = m_impl->tabs.find(NoteSource{deleted.id});
     OpenDocument& document = m_impl->document;
-    if (tab
-        && tab
-            == activeTab()) { // no save may make the file again, and the Trash gets it without the last words
+    std::optional<Rope> lastWords = m_impl->words.queue().pendingText(deleted.url);
+    if (tab && tab == activeTab()) {
+        // No save may make the file again, and the Trash gets it without the last words.
         document.finishTyping();
         m_impl->saveTask.cancel();
+        if (isDirty.get())
+            lastWords = document.text();
         static_cast<void>(document.rescue(UnsavedWords::Retry::recoveryOnly));
         document.wordsWentElsewhere();
     }
     m_impl->words.giveUp(deleted.url);
-    store.trashNote(deleted);
+    store.trashNote(
+        deleted, [self = std::weak_ptr(m_impl->self), deleted, lastWords](const Status& isInTrash) {
+            const auto impl = self.lock();
+            if (impl && isInTrash)
+                impl->offerToRestore({.note = deleted, .name = deleted.title, .lastWords = lastWords});
+        });
     if (tab)
         m_impl->removeTab(tab->id);
     saveSession();
+}
+
+void AppState::Impl::offerToRestore(TrashedNote trashed)
+{
+    app.m_trashedNote.set(std::move(trashed));
+    trashedNoteTask = services.scheduler.after(restoreOffer, [this] { app.m_trashedNote.set(std::nullopt); });
+}
+
+void AppState::restoreTrashedNote()
+{
+    const auto trashed = trashedNote.get();
+    if (!trashed)
+        return;
+    m_impl->trashedNoteTask.cancel();
+    m_trashedNote.set(std::nullopt);
+    store.restoreTrashedNote(trashed->note, [this, lastWords = trashed->lastWords](const Result<Note>& note) {
+        if (!note)
+            return showNotice("Не удалось вернуть заметку: " + note.error().message);
+        if (lastWords)
+            static_cast<void>(store.saveNoteText(*lastWords, note->id)); // a failure leaves them in recovery
+        openNote(note->id);
+    });
 }
 
 void AppState::Impl::removeTab(const Uuid& id)
