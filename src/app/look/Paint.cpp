@@ -16,9 +16,11 @@ namespace quillmark {
 
 namespace {
 
+constexpr double thinnestWhole = 1.75;
 constexpr double symbolGrid = 16; ///< units that a symbol's drawing is wide
 
-/// Strokes as many whole device pixels thick as come nearest to what is drawn.
+/// Strokes of about two device pixels or more are whole ones, so that their edges are sharp. Thinner ones
+/// stay as they are drawn: one and a half would become one here and two there.
 QByteArray withWholeStrokes(QByteArray svg, int devicePixels)
 {
     static constexpr QByteArrayView attribute(" stroke-width=\"");
@@ -26,8 +28,9 @@ QByteArray withWholeStrokes(QByteArray svg, int devicePixels)
     for (qsizetype at = svg.indexOf(attribute); at >= 0; at = svg.indexOf(attribute, at)) {
         at += attribute.size();
         const qsizetype length = svg.indexOf('"', at) - at;
-        const double pixels = std::max(std::round(svg.mid(at, length).toDouble() * pixelsAUnit), 1.0);
-        svg.replace(at, length, QByteArray::number(pixels / pixelsAUnit));
+        const double pixels = svg.mid(at, length).toDouble() * pixelsAUnit;
+        if (pixels >= thinnestWhole)
+            svg.replace(at, length, QByteArray::number(std::round(pixels) / pixelsAUnit));
     }
     return svg;
 }
@@ -172,13 +175,15 @@ void drawSymbol(QPainter& painter, std::string_view name, const QRectF& box, con
 
 void drawDot(QPainter& painter, const QRectF& box, double diameter, const QColor& color)
 {
-    QRectF dot(0, 0, diameter, diameter);
-    dot.moveCenter(box.center());
+    const QTransform toDevice = painter.deviceTransform();
+    const double size = std::max(std::round(diameter * toDevice.m11()), 1.0); // as wide as it is high
+    const QPointF corner = toDevice.map(box.center()) - QPointF(size, size) / 2;
+    const QRectF dot(wholePixel(corner.x()), wholePixel(corner.y()), size, size);
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(color);
-    painter.drawEllipse(snapped(painter, dot));
+    painter.drawEllipse(toDevice.inverted().mapRect(dot));
     painter.restore();
 }
 

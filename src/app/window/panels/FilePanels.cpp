@@ -18,13 +18,14 @@ QString shownPath(const Path& path)
     return QFile::decodeName(QByteArray::fromStdString(path.native()));
 }
 
-/// The name takes what the other columns leave.
+/// The name takes what the other columns leave. The cost does not grow with the folder.
 void fitColumns(QFileDialog& panel)
 {
     const auto* tree = panel.findChild<QTreeView*>(QStringLiteral("treeView"));
     if (!tree)
         return;
     tree->header()->setStretchLastSection(false);
+    tree->setUniformRowHeights(true);
     tree->header()->setResizeContentsPrecision(0); // of the rows in view, however many there are
     tree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     tree->header()->setSectionResizeMode(0, QHeaderView::Stretch);
