@@ -144,7 +144,7 @@ TEST_F(TabBar, TheMarkOfUnsavedWordsMovesNothing)
 TEST_F(TabBar, WholeInEveryWidthUnderWhateverFades)
 {
     open(30);
-    for (const int width : {900, 700, 500, 420, 330}) {
+    for (const int width : {900, 700, 500, 420, 380}) {
         window.view().resize(width, 480);
         window.settle();
         for (const size_t index : {0u, 14u, 30u}) {

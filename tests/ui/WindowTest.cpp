@@ -205,6 +205,7 @@ TEST(RecoveredWindow, ListsWhatWasKeptAndOpensACopy)
     EXPECT_EQ(window.recovery().list()->size(), 1u);
 
     recovered->activateWindow();
+    window.settle();
     QTest::keyClick(recovered->windowHandle(), Qt::Key_Escape);
     EXPECT_FALSE(recovered->isVisible());
 }
