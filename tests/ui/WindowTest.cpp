@@ -2,6 +2,7 @@
 
 #include "app/look/Paint.h"
 #include "app/look/SymbolButton.h"
+#include "app/look/TextButton.h"
 #include "app/recovered/RecoveredWindow.h"
 #include "app/window/EditorArea.h"
 #include "app/window/LoadingOverlay.h"
@@ -17,6 +18,8 @@
 #include <QMenu>
 
 #include <gtest/gtest.h>
+
+#include <fstream>
 
 namespace quillmark::test {
 namespace {
@@ -91,6 +94,36 @@ TEST(ContentView, ReadOnlyBannerStandsAboveTheNotice)
     EXPECT_TRUE(window.shows(QStringLiteral("Ещё одно")));
     window.wait(8s);
     EXPECT_FALSE(window.find<NoticeBanner>());
+}
+
+TEST(ContentView, UnsafeWordsAndADeletedNoteShowUntilTheyAreSafeOrBack)
+{
+    TestWindow window;
+    window.addNote("other", "other");
+    window.addNote("list", "<b>list</b>");
+    window.show();
+    window.app().deleteNote(Note(window.app().store.notes->front()));
+    window.settle();
+    EXPECT_TRUE(window.shows(QStringLiteral("Заметка «<b>list</b>» в корзине")));
+    auto* restore = window.find<TextButton>(QStringLiteral("Вернуть"));
+    ASSERT_TRUE(restore);
+    window.wait(10s);
+    EXPECT_FALSE(restore->isVisible());
+
+    const Path folder = window.notesFolder();
+    const Path away = folder.native() + " away";
+    std::filesystem::rename(folder, away);
+    std::ofstream(folder) << "no folder";
+    window.type("x");
+    window.wait(1s);
+    ASSERT_TRUE(window.app().unsafeWords.get());
+    const QString text = QString::fromStdString(window.app().unsafeWords.get()->text);
+    EXPECT_TRUE(window.shows(text)) << text.toStdString();
+    std::filesystem::remove(folder);
+    std::filesystem::rename(away, folder);
+    window.wait(60s);
+    EXPECT_FALSE(window.app().unsafeWords.get());
+    EXPECT_FALSE(window.shows(text));
 }
 
 TEST(ContentView, OverlayHidesTheEditorWhileAFileLoads)

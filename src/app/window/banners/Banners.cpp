@@ -17,15 +17,31 @@ Banners::Banners(AppState& app, QWidget* parent)
 {
     m_column->setContentsMargins(0, 0, 0, 0);
     m_column->setSpacing(0);
+    watch();
+}
+
+void Banners::watch()
+{
     const auto follow = [this](auto& observable, auto show) {
         show(observable.get());
         m_connections.push_back(observable.onChange(show));
     };
-    follow(app.isReadOnly, [this](bool isReadOnly) { setShown(Rank::readOnly, isReadOnly); });
-    follow(app.notice, [this](const std::optional<std::string>& text) {
+    follow(m_app.isReadOnly, [this](bool isReadOnly) { setShown(Rank::readOnly, isReadOnly); });
+    follow(m_app.notice, [this](const std::optional<std::string>& text) {
         if (text)
             banner(Rank::notice).setText(singleLine(*text));
         setShown(Rank::notice, text.has_value());
+    });
+    follow(m_app.unsafeWords, [this](const std::optional<UnsafeWords>& words) {
+        if (words)
+            banner(Rank::unsafeWords).setText(singleLine(words->text));
+        setShown(Rank::unsafeWords, words.has_value());
+    });
+    follow(m_app.trashedNote, [this](const std::optional<TrashedNote>& trashed) {
+        if (trashed)
+            banner(Rank::trashedNote)
+                .setText(QStringLiteral("Заметка «%1» в корзине").arg(singleLine(trashed->name)));
+        setShown(Rank::trashedNote, trashed.has_value());
     });
 }
 
@@ -36,8 +52,31 @@ Banner* Banners::make(Rank rank)
         return new ReadOnlyBanner(this);
     case Rank::notice:
         return new NoticeBanner([this] { m_app.dismissNotice(); }, this);
+    case Rank::unsafeWords:
+        return makeWarning();
+    case Rank::trashedNote:
+        return makeOfferToRestore();
     }
     Q_UNREACHABLE();
+}
+
+/// It stays until the words are safe, and says all that there is to say.
+Banner* Banners::makeWarning()
+{
+    auto* warning = new Banner({.symbol = "exclamationmark.triangle",
+                                   .ground = ThemeColor::selection,
+                                   .symbolColor = ThemeColor::accent,
+                                   .textColor = ThemeColor::foreground},
+        this);
+    warning->setWraps();
+    return warning;
+}
+
+Banner* Banners::makeOfferToRestore()
+{
+    auto* offer = new Banner({.symbol = "trash"}, this);
+    offer->addButton(QStringLiteral("Вернуть"), [this] { m_app.restoreTrashedNote(); });
+    return offer;
 }
 
 Banner& Banners::banner(Rank rank)

@@ -20,10 +20,13 @@ public:
     Banners(AppState& app, QWidget* parent);
 
 private:
-    enum class Rank { readOnly, notice }; ///< from above
-    static constexpr size_t rankCount = 2;
+    enum class Rank { readOnly, notice, unsafeWords, trashedNote }; ///< from above
+    static constexpr size_t rankCount = 4;
 
+    void watch();
     Banner* make(Rank rank);
+    Banner* makeWarning();
+    Banner* makeOfferToRestore();
     Banner& banner(Rank rank); ///< made when first needed
     void setShown(Rank rank, bool isShown);
 
