@@ -79,11 +79,12 @@ void LayoutManager::Impl::turnLines(const RowMap::Change& change)
     const auto turnLineAt = [&](int64_t offset) {
         const Range line = text.lineRange(text.lineAt(offset));
         cache.keepDirection(line, directionOf(text, line));
+        return line.end();
     };
-    if (change.startsInsideLine)
-        turnLineAt(change.replaced.location);
-    if (change.endsInsideLine)
-        turnLineAt(change.replaced.end() + change.changeInLength);
+    const int64_t end = change.replaced.end() + change.changeInLength;
+    const int64_t done = change.startsInsideLine ? turnLineAt(change.replaced.location) : -1;
+    if (change.endsInsideLine && end > done)
+        turnLineAt(end);
 }
 
 void LayoutManager::Impl::layOutAnew()

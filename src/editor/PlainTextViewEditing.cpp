@@ -44,10 +44,12 @@ bool PlainTextView::perform(UndoManager::Kind kind, const EditCommand& command)
 /// The last step of all that changes the text by the user's will.
 void PlainTextView::Impl::finishEdit(const Selection& before, Selection after)
 {
-    // An edit may join the halves of a surrogate pair.
-    after.anchor -= splitsPair(storage.text(), after.anchor) ? 1 : 0;
-    after.caret -= splitsPair(storage.text(), after.caret) ? 1 : 0;
+    const auto outsidePairs = [this](int64_t offset) { // of which an edit may join the halves
+        return offset - (splitsPair(storage.text(), offset) ? 1 : 0);
+    };
     selection = after;
+    selection.caret = outsidePairs(after.caret);
+    selection.anchor = after.isEmpty() ? selection.caret : outsidePairs(after.anchor);
     goalX.reset();
     finish(before, Changed::text, Reveal::caret);
 }

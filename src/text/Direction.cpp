@@ -2,18 +2,24 @@
 
 #include <algorithm>
 #include <cassert>
+#include <optional>
 #include <unicode/uchar.h>
 #include <unicode/utf16.h>
 
 namespace quillmark {
+namespace {
 
-Direction directionOf(std::u16string_view line)
+/// Most lines have a strong character among their first units.
+constexpr int64_t firstLook = 64;
+
+std::optional<Direction> firstStrong(std::u16string_view units)
 {
-    const std::u16string_view seen = line.substr(0, directionReach);
     int isolates = 0; // open ones; what they hold says nothing about the text around them
-    for (size_t i = 0; i < seen.size();) {
+    for (size_t i = 0; i < units.size();) {
         UChar32 c;
-        U16_NEXT(seen.data(), i, seen.size(), c);
+        U16_NEXT(units.data(), i, units.size(), c);
+        if (U_IS_SURROGATE(c))
+            continue; // without its other half it is no letter
         switch (u_charDirection(c)) {
         case U_LEFT_TO_RIGHT:
             if (isolates == 0)
@@ -36,13 +42,24 @@ Direction directionOf(std::u16string_view line)
             break;
         }
     }
-    return Direction::leftToRight;
+    return std::nullopt;
+}
+
+} // namespace
+
+Direction directionOf(std::u16string_view line)
+{
+    return firstStrong(line.substr(0, directionReach)).value_or(Direction::leftToRight);
 }
 
 Direction directionOf(const Rope& text, Range line)
 {
     assert(line.location >= 0 && line.end() <= text.length());
-    return directionOf(text.text({line.location, std::min(line.length, directionReach)}));
+    for (const int64_t reach : {firstLook, directionReach}) {
+        if (const auto found = firstStrong(text.text({line.location, std::min(line.length, reach)})))
+            return *found;
+    }
+    return Direction::leftToRight;
 }
 
 } // namespace quillmark

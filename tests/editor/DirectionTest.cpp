@@ -23,6 +23,9 @@ TEST(Direction, IsThatOfTheFirstStrongCharacter)
     EXPECT_EQ(directionOf(u"12:34 "), toRight);
     EXPECT_EQ(directionOf(u"\u2067שלום\u2069 abc"), toRight) << "what is isolated does not count";
     EXPECT_EQ(directionOf(u"\u2069\u2067abc\u2069 שלום"), toLeft);
+    EXPECT_EQ(directionOf(u"\xD802 שלום"), toLeft) << "half a character";
+    const std::u16string far = std::u16string(63, u' ') + u"\U00010900 abc"; // where the first look ends
+    EXPECT_EQ(directionOf(Rope(far), {0, static_cast<int64_t>(far.size())}), toLeft);
     EXPECT_EQ(directionOf(std::u16string(100'000, u' ') + u"שלום"), toRight) << "too far away";
 }
 
