@@ -122,6 +122,66 @@ TEST_F(OpenFile, WhatCannotBeLookedAtIsNotReplaced)
     EXPECT_EQ(kept(), Strings{"theirs"});
 }
 
+TEST_F(OpenFile, AFileThatNeverExistedIsAnEmptyDocumentUntilSomebodyTypes)
+{
+    open("/d/new");
+    app->didBecomeActive();
+    hear(10s);
+    EXPECT_EQ(noticeShown(), "");
+    EXPECT_FALSE(app->isDirty.get());
+    select(0);
+    EXPECT_FALSE(disk.exists("/d/new"));
+}
+
+TEST_F(OpenFile, ADiskThatDropsOutChangesNothingOnTheScreen)
+{
+    const auto dropOut = [&](const std::function<void()>& away, const std::function<void()>& back) {
+        const std::string before = shown();
+        away();
+        app->didBecomeActive();
+        hear(30s);
+        EXPECT_EQ(shown(), before);
+        EXPECT_FALSE(app->isDirty.get());
+        EXPECT_EQ(noticeShown(), "");
+        back();
+        hear(30s);
+        EXPECT_EQ(shown(), before + "+");
+    };
+    const auto theyAdd = [&] { theyWrite("/d/a", shown() + "+"); };
+    dropOut([&] { disk.failAlways(DiskOperation::stat, ENOTCONN, "/d"); },
+        [&] {
+            disk.heal();
+            theyAdd();
+        });
+    dropOut(
+        [&] {
+            theyAdd();
+            disk.failAlways(DiskOperation::read, EIO, "/d/a");
+        },
+        [&] { disk.heal(); });
+    dropOut([&] { disk.move("/d", "/elsewhere"); },
+        [&] {
+            disk.move("/elsewhere", "/d");
+            theyAdd();
+        });
+}
+
+TEST_F(OpenFile, ALogThatIsStartedAnewIsNotPutBack)
+{
+    const std::string large(20 * 1024 * 1024 + 1, 'l');
+    theyWrite("/d/a", large);
+    hear();
+    ASSERT_TRUE(app->isReadOnly.get());
+    app->setLineEndings(LineEnds::crlf);
+    disk.move("/d/a", "/d/a.1");
+    hear();
+    EXPECT_FALSE(app->isDirty.get());
+    theyWrite("/d/a", "anew");
+    hear();
+    quit();
+    EXPECT_EQ(disk.bytes("/d/a"), "anew");
+}
+
 TEST_F(OpenFile, ADeletedFileLeavesTheTextAndIsMadeAgain)
 {
     scheduler.advance(2s);

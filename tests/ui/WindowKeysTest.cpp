@@ -200,7 +200,7 @@ TEST_F(WindowKeysTest, PassTheKeyboardAroundTheWindow)
     closePopups();
     window.key(Qt::Key_F6);
     window.key(Qt::Key_Space);
-    EXPECT_EQ(window.app().lineEndings.get(), "CRLF");
+    EXPECT_EQ(window.app().lineEndings.get(), LineEnds::crlf);
     window.app().openNote(window.app().store.notes->back().id);
     EXPECT_TRUE(editor().hasFocus());
     window.view().tabBar().strip().setFocus();
