@@ -21,7 +21,7 @@ QString shownPath(const Path& path)
 /// The name takes what the other columns leave. The cost does not grow with the folder.
 void fitColumns(QFileDialog& panel)
 {
-    const auto* tree = panel.findChild<QTreeView*>(QStringLiteral("treeView"));
+    auto* tree = panel.findChild<QTreeView*>(QStringLiteral("treeView"));
     if (!tree)
         return;
     tree->header()->setStretchLastSection(false);
