@@ -25,10 +25,13 @@ protected:
         screen().output("setxkbmap " + layout);
         std::this_thread::sleep_for(200ms); // the program hears of it a moment later
     }
+    /// One key after the other is read: the toolkit puts composed characters before keys that wait.
     void press(std::initializer_list<const char*> keys)
     {
-        for (const char* key : keys)
+        for (const char* key : keys) {
             screen().key(key);
+            std::this_thread::sleep_for(30ms);
+        }
     }
     std::string text() const { return contents(desk.notes() / "Untitled.txt"); }
     void expectText(const std::string& wanted)

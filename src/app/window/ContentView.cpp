@@ -69,6 +69,7 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     m_editorArea->setKeepsKeyboard(
         [this] { return m_sidebar->list().isWalking() || m_tabBar->strip().isWalking(); });
     orderParts();
+    m_editorArea->editor().setFocus(Qt::OtherFocusReason); // it has lost it on its way into the window
     watch();
 }
 
