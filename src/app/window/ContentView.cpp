@@ -63,8 +63,6 @@ ContentView::ContentView(AppState& app, Scheduler& scheduler, Clipboard& clipboa
     m_keys = new WindowKeys(app, *this, *m_menu);
     column->setMenuBar(m_menu);
     column->addWidget(split, 1);
-    m_editorArea->editor().setFocus(
-        Qt::OtherFocusReason); // it lost the keyboard when it came into the split view
     resize(defaultSize.boundedTo(screen()->availableSize()));
     m_editorArea->setKeepsKeyboard(
         [this] { return m_sidebar->list().isWalking() || m_tabBar->strip().isWalking(); });

@@ -1,7 +1,6 @@
 // Keeps what is typed, composed and clicked in a window in the order in which it was done. A key is announced
-// when it is read from the desktop and acts later: when the toolkit's queue comes to it or, with a screen
-// reader's bridge, after a round trip on the bus. What an input method commits does not go through that
-// queue, and clicks not through the bridge.
+// when the toolkit's queue comes to it, and acts at once or, with a screen reader's bridge, after a round
+// trip on the bus, on which composed text and clicks do not go. Of keys that wait in that queue nobody knows.
 #pragma once
 
 #include <QBasicTimer>

@@ -1,6 +1,6 @@
 // The keys of the main window: those of the command table, of the menu bar and of the context menus. They act
-// when their turn comes among everything typed, not when the toolkit would look for shortcuts, which it does
-// while letters typed before still wait.
+// when their turn comes among everything typed, not when the toolkit would look for shortcuts: letters typed
+// before may still wait for a screen reader's answer then.
 #pragma once
 
 #include "app/window/InputOrder.h"
