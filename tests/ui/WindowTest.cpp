@@ -110,8 +110,12 @@ TEST(ContentView, UnsafeWordsAndADeletedNoteShowUntilTheyAreSafeOrBack)
     window.wait(10s);
     EXPECT_FALSE(restore->isVisible());
 
-    const Path folder = window.notesFolder();
+    const Path folder = window.notesFolder().parent_path() / "docs";
     const Path away = folder.native() + " away";
+    std::filesystem::create_directory(folder);
+    window.app().openFile(folder / "plan");
+    window.type("a");
+    window.wait(1s);
     std::filesystem::rename(folder, away);
     std::ofstream(folder) << "no folder";
     window.type("x");
