@@ -230,7 +230,7 @@ TEST_F(UndoManagerTest, KeepsNoMoreThanWhatIsGone)
     EXPECT_LT(grown(), 12 * megabyte) << "what came in is in the text and nowhere else";
     for (int64_t i = 0; i < 10'000; ++i)
         key(Kind::other, {i * 1'000, 50}, std::u16string(50, u'z'));
-    EXPECT_LT(grown(), 10'000 * 800) << "short texts are kept as they are, not in leaves of a rope";
+    EXPECT_LT(grown(), 6 * megabyte) << "short texts are kept as they are, not in leaves of a rope";
     undo.removeAll();
     EXPECT_LT(grown(), -megabyte);
 }
