@@ -1,5 +1,6 @@
 #include "io/DocumentWriter.h"
 
+#include <cassert>
 #include <cerrno>
 
 namespace quillmark {
@@ -26,6 +27,7 @@ struct DocumentWriter::Save {
 Result<SavedFile> DocumentWriter::write(
     const Rope& text, const Path& path, LineEnds lineEnds, OutsideVersion outsideVersion)
 {
+    assert(!path.empty());
     Save save{.path = path, .outsideVersion = outsideVersion};
     auto saved = write(
         contentOf(text, lineEnds), path, [&](const WrittenFile& ready) { return mayReplace(save, ready); });
@@ -36,9 +38,10 @@ Result<SavedFile> DocumentWriter::write(
     return saved;
 }
 
-Result<SavedFile> DocumentWriter::write(std::string_view bytes, const Path& path)
+Result<SavedFile> DocumentWriter::write(
+    std::string_view bytes, const Path& path, const MayPublish& mayPublish)
 {
-    return write(contentOf(bytes), path, nullptr);
+    return write(contentOf(bytes), path, mayPublish);
 }
 
 /// The new file is ready to take the place of the old one: is that still the one we know? Keeping a version
@@ -54,6 +57,7 @@ Status DocumentWriter::mayReplace(Save& save, const WrittenFile& ready)
     }
     if (!isSettled)
         return systemFailure(EBUSY);
+    assert(ready.bytes >= 0);
     m_known.expect(save.path, FileStamp(ready.info, ready.hash));
     return {};
 }

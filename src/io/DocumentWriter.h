@@ -36,7 +36,8 @@ public:
     /// was quicker.
     Result<SavedFile> write(const Rope& text, const Path& path, LineEnds lineEnds,
         OutsideVersion outsideVersion = OutsideVersion::replaceKept);
-    Result<SavedFile> write(std::string_view bytes, const Path& path); ///< of the program's own files
+    /// One of the program's own files.
+    Result<SavedFile> write(std::string_view bytes, const Path& path, const MayPublish& mayPublish = nullptr);
 
     /// What was last read of or written to each document. Whoever reads one says so here.
     KnownFiles& known() { return m_known; }

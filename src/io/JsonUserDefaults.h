@@ -1,13 +1,12 @@
 // The user's settings in one JSON file, written at each change on a background thread, the newest state only.
-// A damaged or unreadable file is set aside before anything is written; keys that we do not know are kept.
+// A damaged or unreadable file is set aside before anything is written. Keys that we do not know are kept,
+// and so is what another program has written to the file meanwhile, but for the keys that were changed here.
 #pragma once
 
 #include "io/DocumentWriter.h"
 #include "io/JobQueue.h"
 #include "platform/Log.h"
 #include "platform/UserDefaults.h"
-
-#include <nlohmann/json.hpp>
 
 namespace quillmark {
 
@@ -31,14 +30,13 @@ public:
     Status flush(); ///< blocks until the settings are on the disk or could not be written
 
 private:
+    struct Value; ///< one of the file's
     struct Store;
     void load();
-    void set(std::string_view key, nlohmann::json value);
-    const nlohmann::json* find(std::string_view key) const;
+    void set(std::string_view key, const Value& value);
     void save();
 
-    std::shared_ptr<Store> m_store; ///< what the jobs need, shared with them
-    nlohmann::json m_values = nlohmann::json::object();
+    std::shared_ptr<Store> m_store; ///< the values and what the jobs need, shared with them
     JobQueue m_jobs;
 };
 

@@ -5,6 +5,8 @@
 
 #include <cerrno>
 
+#include <nlohmann/json.hpp>
+
 namespace quillmark::test {
 namespace {
 
@@ -73,6 +75,29 @@ TEST_F(Settings, KeysOfOthersStay)
     open()->setReal("mine", 2);
     const auto values = nlohmann::json::parse(disk.bytes(file).value());
     EXPECT_EQ(values, nlohmann::json::parse(R"({"theirs": {"deep": [1, null, "x"]}, "mine": 2})"));
+}
+
+TEST_F(Settings, TwoProgramsKeepWhatTheOtherWrote)
+{
+    disk.putFile(file, R"({"both": 1, "gone": 1})");
+    const auto first = open();
+    const auto second = open();
+    first->setReal("first", 1);
+    first->setReal("both", 2);
+    ASSERT_TRUE(first->flush());
+    second->remove("gone");
+    ASSERT_TRUE(second->flush());
+    disk.setHook([&](const FakeFileSystem::Call& call) {
+        if (call.operation != DiskOperation::sync)
+            return;
+        disk.setHook(nullptr);
+        second->setReal("second", 3); // while the first one writes
+        ASSERT_TRUE(second->flush());
+    });
+    first->setReal("late", 4);
+    ASSERT_TRUE(first->flush());
+    const auto values = nlohmann::json::parse(disk.bytes(file).value());
+    EXPECT_EQ(values, nlohmann::json::parse(R"({"both": 2, "first": 1, "second": 3, "late": 4})"));
 }
 
 TEST_F(Settings, ADamagedFileIsSetAsideAndLogged)
