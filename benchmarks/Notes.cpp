@@ -2,7 +2,7 @@
 #include "NotesFolder.h"
 #include "notes/NoteNames.h"
 #include "notes/NoteSearch.h"
-#include "support/ManualScheduler.h"
+#include "support/ThreadScheduler.h"
 #include "support/World.h"
 
 #include <benchmark/benchmark.h>
@@ -19,7 +19,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int noteCount = 10'000;
 
 /// The folder on the real disk, made once, and a store of it.
-struct Notes : test::RealWorld<test::ManualScheduler> {
+struct Notes : test::RealWorld<test::ThreadScheduler> {
     Notes()
     {
         bench::fillWithNotes(folder, noteCount);

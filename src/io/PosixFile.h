@@ -4,6 +4,7 @@
 #include "io/Descriptor.h"
 #include "platform/FileSystem.h"
 
+#include <cassert>
 #include <cerrno>
 
 struct statx;
@@ -29,6 +30,7 @@ public:
     explicit PosixFile(Descriptor descriptor)
         : m_descriptor(std::move(descriptor))
     {
+        assert(m_descriptor.isOpen());
     }
 
     Result<size_t> read(std::span<std::byte> into) override;

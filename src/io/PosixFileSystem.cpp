@@ -1,11 +1,10 @@
 #include "io/PosixFileSystem.h"
 
-#include "base/Parallel.h"
 #include "io/PosixFile.h"
 
 #include <memory>
+#include <mutex>
 #include <optional>
-#include <span>
 #include <string_view>
 
 #include <dirent.h>
@@ -26,11 +25,12 @@ Status statusOf(int result)
     return {};
 }
 
-/// Opens a regular file and nothing else, without waiting for whoever writes to a FIFO.
-Result<std::unique_ptr<File>> openRegular(const Path& path, int access)
+/// Opens a regular file and nothing else, without waiting for whoever writes to a FIFO. `folder` as in
+/// openat(2).
+Result<Folder::OpenFile> openRegular(int folder, const char* path, int access)
 {
     const int flags = access | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
-    Descriptor descriptor(retried([&] { return ::open(path.c_str(), flags); }));
+    Descriptor descriptor(retried([&] { return ::openat(folder, path, flags); }));
     if (!descriptor.isOpen())
         return systemFailure(errno == ENXIO ? EINVAL : errno); // a FIFO or socket without a reader
     auto file = std::make_unique<PosixFile>(std::move(descriptor));
@@ -41,8 +41,75 @@ Result<std::unique_ptr<File>> openRegular(const Path& path, int access)
         return systemFailure(EISDIR);
     if (info->kind != FileInfo::Kind::regular)
         return systemFailure(EINVAL);
-    return file;
+    return Folder::OpenFile{.file = std::move(file), .info = *info};
 }
+
+Result<std::unique_ptr<File>> openRegular(const Path& path, int access)
+{
+    auto opened = openRegular(AT_FDCWD, path.c_str(), access);
+    if (!opened)
+        return std::unexpected(opened.error());
+    return std::move(opened->file);
+}
+
+std::optional<FileInfo::Kind> kindOf(const dirent& entry)
+{
+    if (entry.d_type == DT_LNK || entry.d_type == DT_UNKNOWN)
+        return std::nullopt;
+    if (entry.d_type == DT_REG)
+        return FileInfo::Kind::regular;
+    return entry.d_type == DT_DIR ? FileInfo::Kind::folder : FileInfo::Kind::other;
+}
+
+class PosixFolder final : public Folder {
+public:
+    explicit PosixFolder(DIR* stream)
+        : m_stream(stream, closedir)
+        , m_descriptor(dirfd(stream))
+    {
+    }
+
+    Result<std::vector<Name>> names() override
+    {
+        const std::lock_guard lock(m_mutex);
+        rewinddir(m_stream.get());
+        std::vector<Name> names;
+        for (errno = 0; const dirent* entry = readdir(m_stream.get()); errno = 0) {
+            const std::string_view name = entry->d_name;
+            if (name != "." && name != "..")
+                names.push_back({std::string(name), kindOf(*entry)});
+        }
+        if (errno != 0)
+            return systemFailure(errno);
+        return names;
+    }
+
+    Result<FileInfo> stat(const std::string& name) override
+    {
+        return readInfo(m_descriptor, name.c_str(), AT_STATX_DONT_SYNC);
+    }
+
+    Result<OpenFile> openForReading(const std::string& name) override
+    {
+        return openRegular(m_descriptor, name.c_str(), O_RDONLY);
+    }
+
+    /// Of a listing: nothing when there is no such entry any more.
+    std::optional<FileInfo> entryInfo(const std::string& name)
+    {
+        if (const auto info = stat(name))
+            return *info;
+        else if (info.error().code != ENOENT && info.error().code != ELOOP)
+            return FileInfo{}; // it is there, though nothing can be said about it
+        const auto link = readInfo(m_descriptor, name.c_str(), AT_STATX_DONT_SYNC | AT_SYMLINK_NOFOLLOW);
+        return link ? std::optional(*link) : std::nullopt;
+    }
+
+private:
+    const std::unique_ptr<DIR, int (*)(DIR*)> m_stream; ///< guarded by the mutex
+    const int m_descriptor; ///< the stream's
+    std::mutex m_mutex;
+};
 
 Result<Path> linkTarget(const Path& link, size_t length)
 {
@@ -71,42 +138,31 @@ Status renameByLink(const Path& from, const Path& to)
     return statusOf(::rename(from.c_str(), to.c_str()));
 }
 
-/// Nothing when there is no such entry any more.
-std::optional<FileInfo> entryInfo(int folder, const char* name)
-{
-    if (const auto info = readInfo(folder, name, AT_STATX_DONT_SYNC))
-        return *info;
-    else if (info.error().code != ENOENT && info.error().code != ELOOP)
-        return FileInfo{}; // it is there, though nothing can be said about it
-    const auto link = readInfo(folder, name, AT_STATX_DONT_SYNC | AT_SYMLINK_NOFOLLOW);
-    return link ? std::optional(*link) : std::nullopt;
-}
-
 } // namespace
 
-Result<std::vector<FolderEntry>> PosixFileSystem::list(const Path& folder)
+Result<std::vector<FolderEntry>> PosixFileSystem::list(const Path& path)
 {
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(folder.c_str()), closedir);
+    DIR* stream = opendir(path.c_str());
     if (!stream)
         return systemFailure(errno);
+    PosixFolder folder(stream);
+    auto names = folder.names();
+    if (!names)
+        return std::unexpected(names.error());
     std::vector<FolderEntry> entries;
-    for (errno = 0; const dirent* entry = readdir(stream.get()); errno = 0) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..")
-            entries.push_back({std::string(name), {}});
+    for (Folder::Name& name : *names) {
+        if (const auto info = folder.entryInfo(name.bytes))
+            entries.push_back({std::move(name.bytes), *info});
     }
-    if (errno != 0)
-        return systemFailure(errno);
-    inParallel(entries.size(), [&, descriptor = dirfd(stream.get())](size_t first, size_t end) {
-        for (FolderEntry& entry : std::span(entries).subspan(first, end - first)) {
-            if (const auto info = entryInfo(descriptor, entry.name.c_str()))
-                entry.info = *info;
-            else
-                entry.name.clear();
-        }
-    });
-    std::erase_if(entries, [](const FolderEntry& entry) { return entry.name.empty(); });
     return entries;
+}
+
+Result<std::unique_ptr<Folder>> PosixFileSystem::openFolder(const Path& folder)
+{
+    DIR* stream = opendir(folder.c_str());
+    if (!stream)
+        return systemFailure(errno);
+    return std::make_unique<PosixFolder>(stream);
 }
 
 Result<FileInfo> PosixFileSystem::stat(const Path& path)

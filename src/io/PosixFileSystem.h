@@ -10,6 +10,7 @@ class PosixFileSystem : public FileSystem {
 public:
     /// `isWritable` of the entries is judged by their permission bits alone.
     Result<std::vector<FolderEntry>> list(const Path& folder) override;
+    Result<std::unique_ptr<Folder>> openFolder(const Path& folder) override;
     Result<FileInfo> stat(const Path& path) override;
     Result<Path> resolveLinks(const Path& path) override;
     Result<std::unique_ptr<File>> openForReading(const Path& path) override;

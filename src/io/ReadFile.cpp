@@ -3,6 +3,7 @@
 #include "io/TextDecoder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 #include <cstring>
 
@@ -57,6 +58,7 @@ Result<std::string> readBytes(Source& source, int64_t limit, const CancelToken& 
 {
     // Room for the size that it claims, whose pages cost nothing before they are read into, and for the one
     // byte that tells whether it has grown.
+    assert(limit >= 0);
     const auto most = static_cast<size_t>(limit);
     const size_t expected = std::min(most, static_cast<size_t>(source.info().size) + 1);
     std::string bytes;
@@ -74,6 +76,7 @@ Result<std::string> readBytes(Source& source, int64_t limit, const CancelToken& 
             break;
         used += *count;
     }
+    assert(used <= bytes.size() && used <= most);
     bytes.resize(used);
     return bytes;
 }
@@ -86,6 +89,7 @@ Result<Outcome> decodeInPieces(Source& source, TextDecoder& decoder, const Cance
     std::string buffer(TextDecoder::mostLeft + pieceSize, '\0');
     size_t held = 0;
     for (;;) {
+        assert(held < buffer.size()); // else nothing could be read, which looks like the end
         const auto count = source.read(buffer.data() + held, buffer.size() - held, token);
         if (!count)
             return std::unexpected(count.error());
@@ -97,6 +101,7 @@ Result<Outcome> decodeInPieces(Source& source, TextDecoder& decoder, const Cance
             return Outcome::otherEncoding;
         if (isEnd)
             return Outcome::decoded;
+        assert(*taken <= held);
         held -= *taken;
         std::memmove(buffer.data(), buffer.data() + *taken, held);
     }
@@ -131,14 +136,11 @@ Result<FileBytes> readFile(FileSystem& disk, const Path& path, int64_t limit)
     return FileBytes{.bytes = std::move(*bytes), .info = source->info()};
 }
 
-Result<size_t> readStart(FileSystem& disk, const Path& path, std::span<char> into)
+Result<size_t> readStart(File& file, std::span<char> into)
 {
-    const auto file = disk.openForReading(path);
-    if (!file)
-        return std::unexpected(file.error());
     size_t used = 0;
     while (used < into.size()) {
-        const auto count = (*file)->read(std::as_writable_bytes(into.subspan(used)));
+        const auto count = file.read(std::as_writable_bytes(into.subspan(used)));
         if (!count)
             return std::unexpected(count.error());
         if (*count == 0)

@@ -32,9 +32,8 @@ inline constexpr int64_t largestEditableFile = 20 * 1024 * 1024;
 Result<FileBytes> readFile(
     FileSystem& disk, const Path& path, int64_t limit = std::numeric_limits<int64_t>::max());
 
-/// The beginning of a regular file, as much as there is room for. Returns how many bytes there were; fails as
-/// readFile does. For looking into many files: asks the disk for nothing else.
-Result<size_t> readStart(FileSystem& disk, const Path& path, std::span<char> into);
+/// The beginning of an open file, as much as there is room for. Returns how many bytes there were.
+Result<size_t> readStart(File& file, std::span<char> into);
 
 /// A whole file decoded. One that may be edited is read once, so that its text is all of one moment; a larger
 /// one is decoded in pieces and read again when it turns out to be in another encoding. ECANCELED soon after

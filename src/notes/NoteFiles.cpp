@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <numeric>
+#include <optional>
 
 namespace quillmark {
 namespace {
@@ -42,48 +44,92 @@ std::u16string decoded(std::string_view bytes)
     return isPlain ? text : TextFileReader::decode(bytes).text.text();
 }
 
-Note makeRecord(FileSystem& files, const Path& folder, const FolderEntry& entry)
-{
-    Path url = folder / entry.name;
-    auto [title, preview] = titleAndPreview(readLeadingText(files, url));
-    return {.id = Uuid::random(),
-        .url = std::move(url),
-        .title = std::move(title),
-        .preview = std::move(preview),
-        .modifiedAt = entry.info.modified,
-        .byteSize = entry.info.size};
-}
-
-} // namespace
-
-bool isNoteFile(const FolderEntry& entry)
+bool isNoteName(std::string_view name)
 {
     constexpr std::string_view extension = ".txt";
-    const std::string_view name = entry.name;
-    return !name.starts_with('.') && entry.info.kind == FileInfo::Kind::regular
-        && name.size() > extension.size()
+    return !name.starts_with('.') && name.size() > extension.size()
         && std::ranges::equal(name.substr(name.size() - extension.size()), extension,
             [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
 }
 
-std::u16string readLeadingText(FileSystem& files, const Path& file)
+std::u16string leadingText(File& file)
 {
     std::array<char, leadingBytes> buffer;
-    const auto size = readStart(files, file, buffer);
+    const auto size = readStart(file, buffer);
     if (!size)
         return {};
     const std::string_view bytes(buffer.data(), *size);
     return decoded(bytes.size() == buffer.size() ? withoutCutCharacter(bytes) : bytes);
 }
 
-std::vector<Note> makeRecords(Scheduler& scheduler, FileSystem& files, const Path& folder,
-    const std::vector<const FolderEntry*>& entries)
+/// Nothing when it is not a file any more, or never was one.
+std::optional<Note> makeRecord(Folder& folder, const Path& path, const std::string& name)
 {
-    std::vector<Note> records(entries.size());
+    const auto opened = folder.openForReading(name);
+    const auto info = opened ? Result<FileInfo>(opened->info) : folder.stat(name);
+    if (!info || info->kind != FileInfo::Kind::regular)
+        return std::nullopt;
+    auto [title, preview] = titleAndPreview(opened ? leadingText(*opened->file) : std::u16string());
+    return Note{.id = Uuid::random(),
+        .url = path / name,
+        .title = std::move(title),
+        .preview = std::move(preview),
+        .modifiedAt = info->modified,
+        .byteSize = info->size};
+}
+
+} // namespace
+
+std::vector<std::string> noteNames(std::vector<Folder::Name> names)
+{
+    std::vector<std::string> chosen;
+    for (Folder::Name& name : names) {
+        if (name.kind.value_or(FileInfo::Kind::regular) == FileInfo::Kind::regular && isNoteName(name.bytes))
+            chosen.push_back(std::move(name.bytes));
+    }
+    return chosen;
+}
+
+Result<std::vector<FolderEntry>> listNoteFiles(Scheduler& scheduler, Folder& folder)
+{
+    auto names = folder.names();
+    if (!names)
+        return std::unexpected(names.error());
+    std::vector<FolderEntry> entries;
+    for (std::string& name : noteNames(std::move(*names)))
+        entries.push_back({std::move(name), {}});
     scheduler.parallel(entries.size(), [&](size_t first, size_t end) {
-        for (size_t i = first; i < end; ++i)
-            records[i] = makeRecord(files, folder, *entries[i]);
+        assert(first < end && end <= entries.size());
+        for (FolderEntry& entry : std::span(entries).subspan(first, end - first)) {
+            if (const auto info = folder.stat(entry.name))
+                entry.info = *info;
+        }
     });
+    std::erase_if(
+        entries, [](const FolderEntry& entry) { return entry.info.kind != FileInfo::Kind::regular; });
+    return entries;
+}
+
+std::u16string readLeadingText(Folder& folder, const std::string& name)
+{
+    const auto opened = folder.openForReading(name);
+    return opened ? leadingText(*opened->file) : std::u16string();
+}
+
+std::vector<Note> makeRecords(
+    Scheduler& scheduler, Folder& folder, const Path& path, std::span<const std::string> names)
+{
+    std::vector<std::optional<Note>> made(names.size());
+    scheduler.parallel(names.size(), [&](size_t first, size_t end) {
+        for (size_t i = first; i < end; ++i)
+            made[i] = makeRecord(folder, path, names[i]);
+    });
+    std::vector<Note> records;
+    records.reserve(names.size());
+    for (std::optional<Note>& note : made) {
+        if (note)
+            records.push_back(std::move(*note));
+    }
     return records;
 }
 
@@ -104,6 +150,7 @@ void sortNewestFirst(std::vector<Note>& notes)
     sorted.reserve(notes.size());
     for (const size_t place : order)
         sorted.push_back(std::move(notes[place]));
+    assert(isNewestFirst(sorted));
     notes = std::move(sorted);
 }
 

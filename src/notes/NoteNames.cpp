@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cerrno>
 #include <ctime>
 
@@ -92,9 +93,9 @@ std::string_view fileName(const Note& note)
     return path.substr(path.rfind('/') + 1);
 }
 
-std::string fileStem(const Path& url)
+std::string fileStem(const Path& path)
 {
-    return url.stem().native();
+    return path.stem().native();
 }
 
 bool isNamedAfter(std::string_view stem, std::string_view baseName)
@@ -111,6 +112,7 @@ bool isNamedAfter(std::string_view stem, std::string_view baseName)
 
 std::string nameWithSuffix(std::string_view stem, std::string_view suffix)
 {
+    assert(suffix.size() < longestFileName - extension.size() - roomForNumber);
     const size_t room = longestFileName - extension.size() - roomForNumber - suffix.size();
     std::string name(stem);
     if (name.size() > room) {
@@ -135,13 +137,14 @@ std::string conflictSuffix(WallTime time)
 Result<Path> makeUnderFreeName(FileSystem& files, const Path& folder, std::string_view baseName,
     const std::function<Status(const Path&)>& make)
 {
+    assert(make && !baseName.empty());
     std::string name(baseName);
     for (int64_t counter = 2;; ++counter) {
-        const Path url = folder / name.append(extension);
-        if (!files.exists(url)) {
-            const Status made = make(url);
+        const Path path = folder / name.append(extension);
+        if (!files.exists(path)) {
+            const Status made = make(path);
             if (made)
-                return url;
+                return path;
             if (made.error().code != EEXIST)
                 return std::unexpected(made.error());
         }

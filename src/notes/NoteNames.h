@@ -23,10 +23,10 @@ TitleAndPreview titleAndPreview(std::u16string_view text); ///< of the beginning
 /// copy", the suffix of a conflict copy and ".txt", so that none of them has to be cut.
 std::string fileBaseName(std::string_view title);
 
-std::string_view fileName(const Note& note); ///< valid as long as the note's url
+std::string_view fileName(const Note& note); ///< valid as long as the note's path
 
 /// A file's name without its last extension, as bytes.
-std::string fileStem(const Path& url);
+std::string fileStem(const Path& path);
 
 /// Whether a file called `stem` is named after `baseName`: exactly, or with a number that made the name free.
 bool isNamedAfter(std::string_view stem, std::string_view baseName);

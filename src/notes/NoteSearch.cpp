@@ -8,9 +8,12 @@
 namespace quillmark {
 namespace {
 
-bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url, std::span<char> buffer)
+bool isFoundIn(Folder& folder, const std::string& name, const SearchKey& query, std::span<char> buffer)
 {
-    const auto size = readStart(files, url, buffer);
+    const auto opened = folder.openForReading(name);
+    if (!opened || opened->info.size > largestSearched)
+        return false;
+    const auto size = readStart(*opened->file, buffer);
     if (!size || std::cmp_greater(*size, largestSearched))
         return false;
     const std::string_view bytes(buffer.data(), *size);
@@ -22,17 +25,20 @@ bool isFoundIn(FileSystem& files, const SearchKey& query, const Path& url, std::
 
 } // namespace
 
-std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const SearchKey& query,
+std::vector<Uuid> searchContents(FileSystem& files, const Path& path, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel)
 {
     // Room for one byte more, which tells that a file is too large. Only what is read into costs memory.
     constexpr auto room = static_cast<size_t>(largestSearched) + 1;
     const auto buffer = std::make_unique_for_overwrite<char[]>(room);
     std::vector<Uuid> found;
+    const auto folder = files.openFolder(path);
+    if (!folder)
+        return found;
     for (const SearchCandidate& candidate : candidates) {
         if (cancel.isCancelled())
             break;
-        if (isFoundIn(files, query, folder / candidate.name, {buffer.get(), room}))
+        if (isFoundIn(**folder, candidate.name, query, {buffer.get(), room}))
             found.push_back(candidate.id);
     }
     return found;

@@ -20,10 +20,10 @@ struct SearchCandidate {
     std::string name; ///< of its file
 };
 
-/// The ids of those whose files contain the query. Files that cannot be read, or turn out larger than
-/// `largestSearched`, count as not matching. Looks at `cancel` before each file, and then returns what it
-/// has. Any thread.
-std::vector<Uuid> searchContents(FileSystem& files, const Path& folder, const SearchKey& query,
+/// The ids of those whose files in the folder `path` contain the query. Files that cannot be read, or turn
+/// out larger than `largestSearched`, count as not matching. Looks at `cancel` before each file, and then
+/// returns what it has. Any thread.
+std::vector<Uuid> searchContents(FileSystem& files, const Path& path, const SearchKey& query,
     std::span<const SearchCandidate> candidates, const CancelToken& cancel);
 
 } // namespace quillmark

@@ -94,26 +94,26 @@ void NoteStore::resetNotesFolder()
 
 void NoteStore::reloadNotes()
 {
-    std::vector<const FolderEntry*> noteFiles;
-    const auto entries = m_services.files.list(folderURL.get());
-    if (const auto info = m_services.files.stat(folderURL.get()))
+    const Path& path = folderURL.get();
+    std::vector<Note> found;
+    const auto folder = m_services.files.openFolder(path);
+    auto names = folder ? (*folder)->names() : std::unexpected(folder.error());
+    if (const auto info = m_services.files.stat(path))
         m_folderDevice = info->device;
-    if (entries) {
-        removeStaleTemporaries(m_services.files, folderURL.get(), *entries);
-        for (const FolderEntry& entry : *entries) {
-            if (isNoteFile(entry))
-                noteFiles.push_back(&entry);
-        }
+    if (names) {
+        if (std::ranges::any_of(*names, isTemporaryName, &Folder::Name::bytes))
+            removeStaleTemporaries(m_services.files, path);
+        found = makeRecords(m_services.scheduler, **folder, path, noteNames(std::move(*names)));
     }
-    std::ranges::stable_sort( // before they become records, which are larger to move about
-        noteFiles, std::ranges::greater(), [](const FolderEntry* entry) { return entry->info.modified; });
-    m_notes.set(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), noteFiles));
+    sortNewestFirst(found);
+    m_notes.set(std::move(found));
 }
 
 // ---- Records
 
 void NoteStore::insertInFront(Note note)
 {
+    assert(!find(note.id) && !note.title.empty());
     m_notes.modify([&](Notes& all) {
         all.insert(all.begin(), std::move(note));
         return true;
@@ -133,6 +133,7 @@ void NoteStore::update(const Note& note)
 
 void NoteStore::noteDidSave(Uuid id, const Rope& text, int64_t byteSize)
 {
+    assert(byteSize >= 0);
     if (!find(id))
         return;
     m_unmade.erase(id);
@@ -170,29 +171,29 @@ Result<Path> NoteStore::makeFile(
     const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make)
 {
     return makeUnderFreeName(m_services.files, folder, baseName,
-        [&](const Path& url) { return isPromised(url) ? systemFailure(EEXIST) : make(url); });
+        [&](const Path& path) { return isPromised(path) ? systemFailure(EEXIST) : make(path); });
 }
 
 /// Whether a file of this name is yet to be made, and would replace what somebody else put there: by a queued
 /// text, or by the first save of a note whose file could not be made at once.
-bool NoteStore::isPromised(const Path& url) const
+bool NoteStore::isPromised(const Path& path) const
 {
-    if (m_services.writeQueue.pendingText(url))
+    if (m_services.writeQueue.pendingText(path))
         return true;
     return std::ranges::any_of(m_unmade, [&](const Uuid& id) {
         const Note* note = find(id);
-        return note && note->url == url;
+        return note && note->url == path;
     });
 }
 
 Note NoteStore::createNote()
 {
-    const auto made = makeFile(folderURL.get(), untitled, [&](const Path& url) -> Status {
-        const auto file = m_services.files.createNew(url, newFileMode);
+    const auto made = makeFile(folderURL.get(), untitled, [&](const Path& path) -> Status {
+        const auto file = m_services.files.createNew(path, newFileMode);
         if (!file)
             return std::unexpected(file.error());
         if (const auto info = (*file)->info())
-            m_services.known.remember(url, FileStamp(*info, contentHash("")));
+            m_services.known.remember(path, FileStamp(*info, contentHash("")));
         return {};
     });
     Note note{.id = Uuid::random(),
@@ -232,7 +233,7 @@ Status NoteStore::moveToName(const Note& note, std::string_view baseName)
     if (const Status written = m_services.writeQueue.finish(note.url); !written)
         return written;
     const auto target = makeFile(folderURL.get(), baseName,
-        [&](const Path& url) { return m_services.files.renameNoReplace(note.url, url); });
+        [&](const Path& path) { return m_services.files.renameNoReplace(note.url, path); });
     if (!target)
         return std::unexpected(target.error());
     m_services.known.move(note.url, *target);
@@ -285,18 +286,17 @@ Result<Note> NoteStore::takeBack(const Path& trashed, Note note)
     if (!target)
         return std::unexpected(target.error());
     m_services.known.forget(*target); // it was known as missing
-    auto [title, preview] = titleAndPreview(readLeadingText(m_services.files, *target));
-    note.id = Uuid::random();
-    note.url = *target;
-    note.title = std::move(title);
-    note.preview = std::move(preview);
-    if (const auto info = m_services.files.stat(*target)) {
-        note.modifiedAt = info->modified;
-        note.byteSize = info->size;
+    const auto opened = m_services.files.openFolder(folder);
+    const std::vector<std::string> names{target->filename()};
+    auto records = opened ? makeRecords(m_services.scheduler, **opened, folder, names) : Notes();
+    if (records.empty()) { // it cannot be read just now
+        note.id = Uuid::random();
+        note.url = *target;
+        records.push_back(std::move(note));
     }
     if (folder == folderURL.get()) // else it is a file of the folder that was left
-        insertInFront(note);
-    return note;
+        insertInFront(records.front());
+    return records.front();
 }
 
 std::optional<Note> NoteStore::duplicateNote(Note note)
@@ -307,8 +307,8 @@ std::optional<Note> NoteStore::duplicateNote(Note note)
     if (!source)
         return std::nullopt;
     const auto target = makeFile(
-        folderURL.get(), nameWithSuffix(fileStem(note.url), " copy"), [&](const Path& url) -> Status {
-            const auto made = createFile(m_services.files, url, source->info.mode, contentOf(source->bytes));
+        folderURL.get(), nameWithSuffix(fileStem(note.url), " copy"), [&](const Path& path) -> Status {
+            const auto made = createFile(m_services.files, path, source->info.mode, contentOf(source->bytes));
             return made ? Status() : std::unexpected(made.error());
         });
     if (!target)
@@ -320,30 +320,31 @@ std::optional<Note> NoteStore::duplicateNote(Note note)
     return note;
 }
 
-void NoteStore::saveNoteText(const Rope& text, Uuid id)
+Status NoteStore::saveNoteText(const Rope& text, Uuid id)
 {
     const Note* note = find(id);
     if (!note)
-        return;
-    const Path url = note->url; // the record may change while older texts are dealt with
-    const auto written = m_services.writeQueue.writeNow({.target = url,
+        return systemFailure(ENOENT);
+    const Path path = note->url; // the record may change while older texts are dealt with
+    const auto written = m_services.writeQueue.writeNow({.target = path,
         .text = text,
         .lineEnds = LineEnds::lf,
         .outsideVersion = OutsideVersion::replaceKept});
-    if (written) {
-        noteDidSave(id, text, written->bytes);
-        return;
+    if (!written) {
+        m_services.log.line("Ledgerly: save failed: " + written.error().message);
+        (void)m_services.recovery.keep(text, path);
+        return std::unexpected(written.error());
     }
-    m_services.log.line("Ledgerly: save failed: " + written.error().message);
-    (void)m_services.recovery.keep(text, url);
+    noteDidSave(id, text, written->bytes);
+    return {};
 }
 
-std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& url)
+std::optional<Path> NoteStore::writeConflictCopy(const Rope& text, const Path& path)
 {
     const WallTime now = m_services.scheduler.wallNow();
     int64_t byteSize = 0;
-    const std::string baseName = nameWithSuffix(fileStem(url), conflictSuffix(now));
-    const Path folder = url.parent_path();
+    const std::string baseName = nameWithSuffix(fileStem(path), conflictSuffix(now));
+    const Path folder = path.parent_path();
     const auto target = makeFile(folder, baseName, [&](const Path& free) -> Status {
         const auto made = createFile(m_services.files, free, newFileMode, contentOf(text, LineEnds::lf));
         if (!made)

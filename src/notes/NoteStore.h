@@ -93,10 +93,12 @@ public:
     /// in front of the list. `done` gets that record, or why there is none; not once the store is gone.
     void restoreTrashedNote(const Note& note, std::function<void(const Result<Note>&)> done);
     std::optional<Note> duplicateNote(Note note); ///< nothing when the file could not be copied
-    void saveNoteText(const Rope& text, Uuid id); ///< with line feeds, and updates the record
-    /// Keeps a text that could not be saved over `url` as a new note beside it. Nothing when that failed too:
-    /// the caller still has the text.
-    std::optional<Path> writeConflictCopy(const Rope& text, const Path& url);
+    /// With line feeds; updates the record. A text that could not be written, which the log says too, is in
+    /// the recovery folder if that took it. ENOENT when there is no such note.
+    Status saveNoteText(const Rope& text, Uuid id);
+    /// Keeps a text that could not be saved over `path` as a new note beside it. Nothing when that failed
+    /// too: the caller still has the text.
+    std::optional<Path> writeConflictCopy(const Rope& text, const Path& path);
 
     /// The text of a note is in its file, or queued to be: refreshes the record and sorts the list.
     /// `byteSize` is that of the file as written. The file gets its title's name 5 s after the last save.
@@ -121,11 +123,11 @@ private:
     struct OtherVersion;
     std::optional<OtherVersion> otherVersion(const Note& note, const FileInfo& file);
     void compareLater(const Note& note, const FileInfo& file);
-    std::vector<Uuid> bringUpToDate(Notes& all, std::span<const OtherVersion> versions);
+    std::vector<Uuid> bringUpToDate(Notes& all, std::span<const OtherVersion> versions, Folder& folder);
     void scheduleRename(Uuid id);
     Result<Path> makeFile(
         const Path& folder, std::string_view baseName, const std::function<Status(const Path&)>& make);
-    bool isPromised(const Path& url) const;
+    bool isPromised(const Path& path) const;
     Status moveToName(const Note& note, std::string_view baseName);
     Result<Note> takeBack(const Path& trashed, Note note);
     void insertInFront(Note note);

@@ -6,6 +6,7 @@
 #include "text/Unicode.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 #include <thread>
 
@@ -80,6 +81,7 @@ void NoteStore::startContentSearch()
             },
             [this, found](const std::vector<Uuid>& ids) {
                 found->ids.insert(ids.begin(), ids.end());
+                assert(found->partsLeft > 0);
                 if (--found->partsLeft > 0)
                     return;
                 m_contentMatchIDs.set(std::move(found->ids));

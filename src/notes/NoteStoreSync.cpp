@@ -6,6 +6,7 @@
 #include "notes/NoteNames.h"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <unordered_map>
 
@@ -53,7 +54,9 @@ void NoteStore::scheduleSync()
 void NoteStore::syncWithDisk()
 {
     m_syncTask.cancel();
-    const auto entries = m_services.files.list(folderURL.get());
+    const auto folder = m_services.files.openFolder(folderURL.get());
+    const auto entries = folder ? listNoteFiles(m_services.scheduler, **folder)
+                                : Result<std::vector<FolderEntry>>(std::unexpected(folder.error()));
     if (!entries && !isMissing(m_services.files, folderURL.get(), entries.error(), m_folderDevice)) {
         m_syncTask = m_services.scheduler.after(unreachablePause, [this] { syncWithDisk(); });
         return; // a disk that does not answer, or is not mounted, says nothing of the notes
@@ -61,10 +64,8 @@ void NoteStore::syncWithDisk()
     Files files; ///< empty when there is no folder; in the end those that are no notes yet
     if (entries) {
         files.reserve(entries->size());
-        for (const FolderEntry& entry : *entries) {
-            if (isNoteFile(entry))
-                files.emplace(entry.name, &entry);
-        }
+        for (const FolderEntry& entry : *entries)
+            files.emplace(entry.name, &entry);
     }
 
     std::vector<Uuid> changedIDs;
@@ -84,17 +85,20 @@ void NoteStore::syncWithDisk()
                 version->place = kept;
                 versions.push_back(*version);
             }
+            assert(&all[kept] <= &note);
             if (&all[kept] != &note)
                 all[kept] = std::move(note);
             ++kept;
         }
         all.resize(kept);
-        changedIDs = bringUpToDate(all, versions);
-        std::vector<const FolderEntry*> newFiles;
-        for (const auto& [name, entry] : files)
-            newFiles.push_back(entry);
-        std::ranges::move(makeRecords(m_services.scheduler, m_services.files, folderURL.get(), newFiles),
-            std::back_inserter(all));
+        std::vector<std::string> newFiles;
+        if (folder) {
+            changedIDs = bringUpToDate(all, versions, **folder);
+            for (const auto& [name, entry] : files)
+                newFiles.emplace_back(name);
+            std::ranges::move(makeRecords(m_services.scheduler, **folder, folderURL.get(), newFiles),
+                std::back_inserter(all));
+        }
         const bool isSorted = isNewestFirst(all);
         sortNewestFirst(all);
         return !versions.empty() || !removedIDs.empty() || !newFiles.empty() || !isSorted;
@@ -148,12 +152,12 @@ void NoteStore::compareLater(const Note& note, const FileInfo& file)
 
 /// Returns the notes that another program has changed. A save of our own, finished or queued, is not a
 /// change.
-std::vector<Uuid> NoteStore::bringUpToDate(Notes& all, std::span<const OtherVersion> versions)
+std::vector<Uuid> NoteStore::bringUpToDate(Notes& all, std::span<const OtherVersion> versions, Folder& folder)
 {
     std::vector<TitleAndPreview> read(versions.size());
     m_services.scheduler.parallel(versions.size(), [&](size_t first, size_t end) {
         for (size_t i = first; i < end; ++i)
-            read[i] = titleAndPreview(readLeadingText(m_services.files, all[versions[i].place].url));
+            read[i] = titleAndPreview(readLeadingText(folder, std::string(fileName(all[versions[i].place]))));
     });
     std::vector<Uuid> changed;
     for (size_t i = 0; i < versions.size(); ++i) {

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -57,12 +58,33 @@ public:
     virtual Status copyAttributes(const Path& model) = 0;
 };
 
+/// An open folder, whose files are reached without walking its path again: for looking into many of them.
+/// Any thread, several at a time.
+class Folder {
+public:
+    struct Name {
+        std::string bytes;
+        std::optional<FileInfo::Kind> kind; ///< where the folder says it; of a link it does not
+    };
+    struct OpenFile {
+        std::unique_ptr<File> file;
+        FileInfo info; ///< as it was when the file had been opened
+    };
+
+    virtual ~Folder() = default;
+    virtual Result<std::vector<Name>> names() = 0; ///< all but "." and "..", in the folder's order
+    /// What a name leads to; `isWritable` is judged by the permission bits alone.
+    virtual Result<FileInfo> stat(const std::string& name) = 0;
+    virtual Result<OpenFile> openForReading(const std::string& name) = 0; ///< as FileSystem's
+};
+
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
 
     /// All entries of a folder but "." and "..", in the order of the file system, each with its FileInfo.
     virtual Result<std::vector<FolderEntry>> list(const Path& folder) = 0;
+    virtual Result<std::unique_ptr<Folder>> openFolder(const Path& folder) = 0;
     virtual Result<FileInfo> stat(const Path& path) = 0; ///< follows symbolic links
     virtual Result<Path> resolveLinks(const Path& path) = 0; ///< the file that a chain of links leads to
     virtual Result<std::unique_ptr<File>> openForReading(const Path& path) = 0; ///< never blocks on a FIFO

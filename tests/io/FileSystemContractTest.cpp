@@ -104,6 +104,25 @@ TEST_P(FileSystemContract, MissingThingsAndWrongKindsHaveTheirErrors)
     EXPECT_EQ(codeOf(disk.rename(at("none"), at("other"))), ENOENT);
 }
 
+TEST_P(FileSystemContract, AnOpenFolderGivesItsFiles)
+{
+    write(at("file"), "words");
+    ASSERT_TRUE(disk.makeFolders(at("below")));
+    EXPECT_EQ(codeOf(disk.openFolder(at("none"))), ENOENT);
+    EXPECT_EQ(codeOf(disk.openFolder(at("file"))), ENOTDIR);
+    const auto folder = disk.openFolder(root()).value();
+    EXPECT_EQ(folder->names().value().size(), 2u);
+    EXPECT_EQ(folder->stat("file").value(), disk.stat(at("file")).value());
+    EXPECT_EQ(codeOf(folder->stat("none")), ENOENT);
+    const auto opened = folder->openForReading("file").value();
+    EXPECT_EQ(opened.info, disk.stat(at("file")).value());
+    std::string bytes(5, ' ');
+    EXPECT_EQ(opened.file->read(std::as_writable_bytes(std::span(bytes))), 5u);
+    EXPECT_EQ(bytes, "words");
+    EXPECT_EQ(codeOf(folder->openForReading("below")), EISDIR);
+    EXPECT_EQ(codeOf(folder->openForReading("none")), ENOENT);
+}
+
 TEST_P(FileSystemContract, RenamingReplacesOnlyWhenAsked)
 {
     write(at("old"), "old");

@@ -363,6 +363,49 @@ Result<std::vector<FolderEntry>> FakeFileSystem::list(const Path& folder)
     });
 }
 
+class FakeFileSystem::OpenFolder final : public Folder {
+public:
+    OpenFolder(FakeFileSystem& disk, Path path)
+        : m_disk(disk)
+        , m_path(std::move(path))
+    {
+    }
+
+    Result<std::vector<Name>> names() override
+    {
+        const auto entries = m_disk.list(m_path);
+        if (!entries)
+            return std::unexpected(entries.error());
+        std::vector<Name> names;
+        for (const FolderEntry& entry : *entries)
+            names.push_back({entry.name, std::nullopt});
+        return names;
+    }
+    Result<FileInfo> stat(const std::string& name) override { return m_disk.stat(m_path / name); }
+    Result<OpenFile> openForReading(const std::string& name) override
+    {
+        auto file = m_disk.openForReading(m_path / name);
+        if (!file)
+            return std::unexpected(file.error());
+        const auto info = (*file)->info();
+        if (!info)
+            return std::unexpected(info.error());
+        return OpenFile{.file = std::move(*file), .info = *info};
+    }
+
+private:
+    FakeFileSystem& m_disk;
+    const Path m_path;
+};
+
+Result<std::unique_ptr<Folder>> FakeFileSystem::openFolder(const Path& folder)
+{
+    return perform(DiskOperation::list, folder, [&]() -> std::unique_ptr<Folder> {
+        findFolder(folder);
+        return std::make_unique<OpenFolder>(*this, folder);
+    });
+}
+
 Result<FileInfo> FakeFileSystem::stat(const Path& path)
 {
     return perform(DiskOperation::stat, path, [&] { return find(path)->seen(); });

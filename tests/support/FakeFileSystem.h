@@ -103,6 +103,7 @@ public:
     void crash(UnsyncedEntries entries);
 
     Result<std::vector<FolderEntry>> list(const Path& folder) override;
+    Result<std::unique_ptr<Folder>> openFolder(const Path& folder) override;
     Result<FileInfo> stat(const Path& path) override;
     Result<Path> resolveLinks(const Path& path) override;
     Result<std::unique_ptr<File>> openForReading(const Path& path) override;
@@ -117,6 +118,8 @@ public:
 
 private:
     class OpenFile;
+    class OpenFile;
+    class OpenFolder;
     struct Node;
     using NodePointer = std::shared_ptr<Node>;
     using Tree = std::map<std::string, NodePointer>; ///< by the whole path
