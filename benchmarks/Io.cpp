@@ -1,5 +1,6 @@
 // Decoding and saving, beside what the machine takes for the bare bytes.
 #include "io/DocumentWriter.h"
+#include "io/Journal.h"
 #include "io/PosixFileSystem.h"
 #include "io/TextFileReader.h"
 #include "support/ManualScheduler.h"
@@ -7,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -142,6 +144,63 @@ void writeDocument(benchmark::State& state)
     }
 }
 
+/// The real disk, whose speed makes the clock go on.
+class TimedDisk final : public PosixFileSystem {
+public:
+    explicit TimedDisk(test::ManualScheduler& clock)
+        : m_clock(clock)
+    {
+    }
+    Result<std::unique_ptr<File>> createNew(const Path& path, uint32_t mode) override
+    {
+        m_begun = std::chrono::steady_clock::now();
+        return PosixFileSystem::createNew(path, mode);
+    }
+    Status syncFolder(const Path& folder) override
+    {
+        auto status = PosixFileSystem::syncFolder(folder);
+        m_clock.advance(std::chrono::steady_clock::now() - m_begun);
+        ++writes;
+        return status;
+    }
+
+    int writes = 0;
+
+private:
+    test::ManualScheduler& m_clock;
+    std::chrono::steady_clock::time_point m_begun;
+};
+
+/// What the journal costs in a minute in which a key a second is typed, each saved before the next one.
+void journalKeys(benchmark::State& state)
+{
+    Rope text = TextFileReader::decode(makeText(ascii(), plainGaps)).text;
+    const Folder folder;
+    test::ManualScheduler scheduler;
+    TimedDisk disk(scheduler);
+    test::RecordingLog log;
+    RecoveryStore recovery(disk, scheduler, log, folder.path / "recovered");
+    Journal journal(disk, scheduler, recovery, log,
+        {.own = folder.path / "journal", .fallbacks = {}, .lastResorts = {}},
+        [&](const Uuid&) { return Journal::Snapshot{.original = "text.txt", .text = text}; });
+    const Uuid document = Uuid::random();
+    for (auto _ : state) {
+        for (int second = 0; second < 60; ++second) {
+            const SteadyTime start = scheduler.now();
+            text.replace({0, 1}, u"x");
+            journal.textChanged(document);
+            for (int step = 0; step < 8; ++step) {
+                scheduler.advance(std::chrono::milliseconds(100));
+                scheduler.settle();
+            }
+            journal.saved(document, journal.version(document));
+            scheduler.settle();
+            scheduler.advance(start + std::chrono::seconds(1) - scheduler.now());
+        }
+    }
+    state.counters["writes"] = static_cast<double>(disk.writes) / static_cast<double>(state.iterations());
+}
+
 [[maybe_unused]] const bool registered = [] {
     using benchmark::RegisterBenchmark;
     const auto addDecode = [](const char* name, auto letters, const auto& gaps, const char* encoding) {
@@ -155,6 +214,7 @@ void writeDocument(benchmark::State& state)
     addDecode("Decode/Cp1251_20MB", cp1251, plainGaps, "CP1251");
     RegisterBenchmark("Save/RawWrite20MB", writeRaw)->Unit(benchmark::kMillisecond)->UseRealTime();
     RegisterBenchmark("Save/Write20MB", writeDocument)->Unit(benchmark::kMillisecond)->UseRealTime();
+    RegisterBenchmark("Journal/KeyASecond20MB", journalKeys)->Unit(benchmark::kMillisecond)->UseRealTime();
     return true;
 }();
 

@@ -36,6 +36,15 @@ double peak(pid_t process)
     return megabytes(process, "status", "VmHWM:");
 }
 
+int64_t bytesRead(pid_t process)
+{
+    std::ifstream in("/proc/" + std::to_string(process) + "/io");
+    for (std::string line; std::getline(in, line);)
+        if (line.starts_with("rchar: "))
+            return std::stoll(line.substr(7));
+    return 0;
+}
+
 /// In ticks of the kernel, 10 ms each.
 int64_t usedTime(pid_t process)
 {
@@ -50,6 +59,14 @@ int64_t usedTime(pid_t process)
     int64_t system = 0;
     fields >> user >> system;
     return user + system;
+}
+
+/// Until it has read so many bytes in all, which a program that waits for the disk does without working.
+void waitUntilRead(pid_t process, int64_t size)
+{
+    const auto deadline = std::chrono::steady_clock::now() + 120s;
+    while (bytesRead(process) < size && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(100ms);
 }
 
 /// Until it has done next to nothing for half a second.
@@ -111,6 +128,8 @@ void measure(benchmark::State& state, int64_t size)
             emptyPeak = peak(program.process());
         }
         Program program({file.path()});
+        waitUntilRead(program.process(), size);
+        settle(program.process());
         state.counters["empty"] = empty;
         state.counters["beyond_empty"] = resident(program.process()) - empty;
         state.counters["peak_beyond_empty"] = peak(program.process()) - emptyPeak;
