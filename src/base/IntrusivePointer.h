@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <cassert>
 #include <cstdint>
 #include <utility>
 
@@ -49,7 +50,11 @@ public:
 
     /// True when nobody else holds the object, so that it may be changed in place. Whoever held it before has
     /// finished reading it. Not for an empty pointer.
-    bool isUnique() const { return m_object->references.load(std::memory_order_acquire) == 1; }
+    bool isUnique() const
+    {
+        assert(m_object);
+        return m_object->references.load(std::memory_order_acquire) == 1;
+    }
 
 private:
     T* m_object = nullptr;

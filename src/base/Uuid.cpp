@@ -1,5 +1,6 @@
 #include "base/Uuid.h"
 
+#include <cassert>
 #include <cstdlib>
 #include <span>
 #include <sys/random.h>
@@ -12,6 +13,7 @@ class RandomBytes {
 public:
     void take(std::span<uint8_t> into)
     {
+        assert(into.size() <= m_bytes.size());
         if (m_bytes.size() - m_used < into.size()) {
             if (getentropy(m_bytes.data(), m_bytes.size()) != 0)
                 std::abort(); // a kernel without a random source: ids could collide and overwrite files

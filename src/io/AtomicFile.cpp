@@ -2,6 +2,7 @@
 
 #include "base/Uuid.h"
 
+#include <cassert>
 #include <cerrno>
 
 namespace quillmark {
@@ -98,6 +99,7 @@ Result<WrittenFile> complete(File& file, const FileContent& content, const Publi
 Result<WrittenFile> publish(
     FileSystem& disk, const Path& folder, const FileContent& content, const Publication& publication)
 {
+    assert(content && publication.rename);
     const auto temporary = createTemporary(disk, folder, publication.mode);
     if (!temporary)
         return std::unexpected(publication.refusal(temporary.error()));
@@ -125,6 +127,7 @@ Status writeAll(File& file, std::string_view bytes)
             return std::unexpected(count.error());
         if (*count == 0)
             return systemFailure(ENOSPC);
+        assert(*count <= bytes.size());
         bytes.remove_prefix(*count);
     }
     return {};

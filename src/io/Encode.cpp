@@ -4,6 +4,7 @@
 #include "text/Units.h"
 
 #include <algorithm>
+#include <cassert>
 #include <vector>
 
 namespace quillmark {
@@ -67,6 +68,7 @@ public:
                 if (auto status = flush(); !status)
                     return status;
             }
+            assert(length > 0 && m_used + mostBytesPerUnit * length <= bufferSize);
             char* const start = m_buffer.data() + m_used;
             char* end = convert(units.first(length), start);
             if (m_lineEnds == LineEnds::crlf)

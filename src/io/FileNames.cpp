@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <ctime>
 
 namespace quillmark {
@@ -23,6 +24,7 @@ std::string timeName(WallTime time)
 
 std::string_view nameEnding(std::string_view name, size_t size)
 {
+    assert(size > 3); // room for one character at least
     if (name.size() > size)
         name.remove_prefix(name.size() - size);
     while (!name.empty() && (name.front() & 0xC0) == 0x80 && name.size() >= size - 3)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <cstring>
 
 #include <sys/inotify.h>
@@ -43,6 +44,7 @@ public:
         , m_owner(owner)
         , m_kind(kind)
     {
+        assert(handler && path.is_absolute());
         arm();
         if (isBlind())
             lastLook = fingerprint(m_owner.m_files, path);
@@ -154,6 +156,7 @@ int InotifyWatching::arm(const Path& folder)
 void InotifyWatching::disarm(int watch)
 {
     const auto uses = m_uses.find(watch);
+    assert(uses == m_uses.end() || uses->second > 0);
     if (uses == m_uses.end() || --uses->second > 0)
         return;
     m_uses.erase(uses);

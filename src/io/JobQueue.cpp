@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cassert>
 #include <condition_variable>
 #include <list>
 #include <mutex>
@@ -47,6 +48,7 @@ struct JobQueue::Core : std::enable_shared_from_this<Core> {
 
     void put(const std::string& key, Job job)
     {
+        assert(job);
         {
             const std::lock_guard lock(mutex);
             const auto entry = find(key);
@@ -97,6 +99,7 @@ struct JobQueue::Core : std::enable_shared_from_this<Core> {
 
     Entry take(std::list<Entry>::iterator entry) // under the mutex
     {
+        assert(entry != waiting.end() && !running.contains(entry->key));
         Entry taken = std::move(*entry);
         waiting.erase(entry);
         running.insert(taken.key);
@@ -219,6 +222,25 @@ bool JobQueue::contains(const std::string& key) const
 {
     const std::lock_guard lock(m_core->mutex);
     return m_core->running.contains(key) || m_core->find(key) != m_core->waiting.end();
+}
+
+std::string JobQueue::checkInvariants() const
+{
+    const std::lock_guard lock(m_core->mutex);
+    std::set<std::string> keys;
+    for (const Entry& entry : m_core->waiting) {
+        if (!keys.insert(entry.key).second)
+            return entry.key + " waits twice";
+        if ((entry.failures > 0) != (entry.due > SteadyTime::min()))
+            return entry.key + " has failed without a pause, or pauses without a failure";
+        if (entry.failures == 0 && !m_core->isDraining)
+            return entry.key + " waits for nobody";
+    }
+    for (const std::string& key : m_core->replaced) {
+        if (!m_core->running.contains(key))
+            return key + " is replaced but does not run";
+    }
+    return {};
 }
 
 } // namespace quillmark

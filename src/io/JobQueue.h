@@ -37,6 +37,8 @@ public:
 
     bool contains(const std::string& key) const; ///< waiting, running or to be tried again
 
+    std::string checkInvariants() const; ///< for tests: what is broken, empty when nothing is
+
 private:
     struct Core;
     std::shared_ptr<Core> m_core;

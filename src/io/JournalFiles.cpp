@@ -64,6 +64,7 @@ Result<WrittenFile> JournalFiles::writeIn(
 {
     if (auto status = open(place); !status)
         return std::unexpected(status.error());
+    assert(place.lock && place.process.size() == uuidLength);
     const FileContent content = contentOf(text, LineEnds::lf);
     if (const auto old = place.texts.find(document); old != place.texts.end()) {
         auto written = replaceFile(m_disk, old->second, content);
@@ -184,6 +185,7 @@ size_t JournalFiles::recoverFrom(const Place& place)
 size_t JournalFiles::recoverTextsOf(
     const std::string& dead, const Place& place, const std::vector<FolderEntry>& entries)
 {
+    assert(dead.size() == uuidLength && dead != place.process);
     size_t count = 0;
     bool isComplete = true;
     for (const FolderEntry& entry : entries) {

@@ -47,6 +47,7 @@ void KnownFiles::forget(const Path& path)
 
 void KnownFiles::move(const Path& from, const Path& to)
 {
+    assert(from != to);
     const std::lock_guard lock(m_mutex);
     m_entries.erase(to.native());
     if (auto entry = m_entries.extract(from.native())) {

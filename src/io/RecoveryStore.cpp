@@ -4,6 +4,7 @@
 #include "io/FileNames.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cerrno>
 
 namespace quillmark {
@@ -65,6 +66,7 @@ Result<Path> RecoveryStore::adopt(const Path& file, const Path& original)
 
 Result<Path> RecoveryStore::keepAs(const Path& original, const Place& place)
 {
+    assert(place);
     const std::lock_guard lock(m_mutex);
     const std::string time = timeName(m_clock.wallNow());
     const std::string name = original.filename().empty() ? "Untitled.txt" : original.filename().native();

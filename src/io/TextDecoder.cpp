@@ -55,6 +55,7 @@ private:
             --end;
         if (isContinuation(m_rest[end]))
             end = pieceSize; // a fourth one in a row belongs to no sequence
+        assert(end > 0 && end < m_rest.size());
         return m_rest[end - 1] == '\r' && m_rest[end] == '\n' ? end + 1 : end;
     }
 

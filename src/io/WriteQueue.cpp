@@ -1,6 +1,7 @@
 #include "io/WriteQueue.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quillmark {
 
@@ -34,6 +35,7 @@ WriteQueue::~WriteQueue()
 
 void WriteQueue::enqueue(WriteRequest request)
 {
+    assert(request.target.is_absolute());
     const std::string key = request.target.native();
     const uint64_t serial = ++m_lastSerial;
     m_jobs.put(key, jobFor(request, serial));
@@ -80,6 +82,7 @@ void WriteQueue::deliver()
 Result<SavedFile> WriteQueue::writeNow(const WriteRequest& request)
 {
     discard(request.target);
+    assert(!m_jobs.contains(request.target.native())); // or an older text might come after this one
     return m_writer.write(request.text, request.target, request.lineEnds, request.outsideVersion);
 }
 
@@ -106,6 +109,18 @@ std::vector<WriteRequest> WriteQueue::finishAll()
     }
     deliver();
     return unwritten;
+}
+
+std::string WriteQueue::checkInvariants() const
+{
+    const std::lock_guard lock(m_outcomes->mutex);
+    for (const auto& [key, pending] : m_pending) {
+        const bool isTold = std::ranges::find(m_outcomes->items, pending.serial, &Outcomes::Item::serial)
+            != m_outcomes->items.end();
+        if (!isTold && !m_jobs.contains(key))
+            return key + " is pending but nobody writes it";
+    }
+    return m_jobs.checkInvariants();
 }
 
 std::optional<Rope> WriteQueue::pendingText(const Path& target) const

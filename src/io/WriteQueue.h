@@ -54,6 +54,8 @@ public:
     /// The text that is on its way to a file and not there yet.
     std::optional<Rope> pendingText(const Path& target) const;
 
+    std::string checkInvariants() const; ///< for tests: what is broken, empty when nothing is
+
 private:
     struct Outcomes;
     struct Pending {

@@ -118,7 +118,6 @@ public:
 
 private:
     class OpenFile;
-    class OpenFile;
     class OpenFolder;
     struct Node;
     using NodePointer = std::shared_ptr<Node>;
