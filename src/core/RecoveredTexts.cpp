@@ -28,7 +28,8 @@ std::string originalName(std::string_view kept)
 std::string firstLineOf(FileSystem& files, const Path& path)
 {
     std::array<char, leadingBytes> buffer{};
-    const auto size = readStart(files, path, buffer);
+    const auto file = files.openForReading(path);
+    const auto size = file ? readStart(**file, buffer) : std::unexpected(file.error());
     if (!size)
         return {};
     const std::u16string text = TextFileReader::decode({buffer.data(), *size}).text.text();

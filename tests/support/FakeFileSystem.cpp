@@ -400,7 +400,7 @@ private:
 
 Result<std::unique_ptr<Folder>> FakeFileSystem::openFolder(const Path& folder)
 {
-    return perform(DiskOperation::list, folder, [&]() -> std::unique_ptr<Folder> {
+    return perform(DiskOperation::stat, folder, [&]() -> std::unique_ptr<Folder> { // its names are the list
         findFolder(folder);
         return std::make_unique<OpenFolder>(*this, folder);
     });
