@@ -105,23 +105,6 @@ TEST_F(OpenFile, AChangeInTheShadowOfOurSaveIsSeenWhenTheShadowIsOver)
     EXPECT_EQ(shown(), "theirs");
 }
 
-TEST_F(OpenFile, WhatCannotBeLookedAtIsNotReplaced)
-{
-    type("mine ");
-    theyWrite("/d/a", "theirs");
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation == DiskOperation::sync) // the look that follows
-            disk.failOnce(DiskOperation::stat, EIO, "/d/a");
-    });
-    scheduler.advance(800ms);
-    EXPECT_EQ(disk.bytes("/d/a"), "theirs");
-    disk.setHook(nullptr);
-    disk.heal();
-    type("more ");
-    scheduler.advance(800ms);
-    EXPECT_EQ(kept(), Strings{"theirs"});
-}
-
 TEST_F(OpenFile, AFileThatNeverExistedIsAnEmptyDocumentUntilSomebodyTypes)
 {
     open("/d/new");

@@ -51,26 +51,6 @@ TEST_F(OpenNote, AConflictThatNobodyAnnouncedIsHandledAsAnAnnouncedOne)
     EXPECT_EQ(kept(), Strings{}) << "nothing was given up";
 }
 
-TEST_F(OpenNote, AQueuedTextMeetsAnotherVersion)
-{
-    type("first\n");
-    pasteLarge();
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation != DiskOperation::sync
-            || call.path.native().find("Notes/.lq") == std::string::npos)
-            return;
-        disk.setHook(nullptr);
-        disk.putFile(note("plan.txt"), "theirs");
-    });
-    scheduler.advance(800ms);
-    scheduler.settle();
-    hear(1min);
-    EXPECT_EQ(shown(), "theirs");
-    ASSERT_EQ(conflictCopies().size(), 1u);
-    EXPECT_TRUE(conflictCopies().front().ends_with("plan"));
-    EXPECT_TRUE(conflictCopies().front().starts_with("first\n"));
-}
-
 TEST_F(OpenNote, AVersionWithinTheSameSecondAndOfTheSameSizeIsShown)
 {
     theyWrite(note("plan.txt"), "new1");
@@ -115,17 +95,6 @@ TEST_F(OpenNote, AnEmptiedNoteThatGotAnotherVersionDoesNotGoToTheTrash)
     EXPECT_EQ(noteText("plan.txt").value_or(noteText("news.txt").value_or("")), "news");
 }
 
-TEST_F(OpenNote, ACopyThatCannotBeWrittenIsInTheRecoveryFolder)
-{
-    type("my ");
-    theyWrite(note("plan.txt"), "theirs");
-    disk.failAlways(DiskOperation::renameNoReplace, ENOSPC, notes);
-    hear();
-    EXPECT_EQ(shown(), "theirs");
-    EXPECT_EQ(noticeShown(), "");
-    EXPECT_EQ(kept(), Strings{"my plan"});
-}
-
 TEST_F(OpenNote, ADeletedNoteClosesItsTabAndItsWordsAreKept)
 {
     app->openNote(app->store.notes->at(1).id);
@@ -153,20 +122,6 @@ TEST_F(OpenNote, AFolderThatVanishesAndReturns)
     disk.move("/elsewhere", notes);
     hear();
     EXPECT_EQ(app->store.notes->size(), 4u) << "the three, and the new one, whose file was never made";
-}
-
-TEST_F(OpenNote, ADocumentThatNobodyEditedIsNeverWritten)
-{
-    disk.clearCalls();
-    theyWrite(note("plan.txt"), "theirs");
-    select(0);
-    app->openNote(app->store.notes->at(2).id);
-    scheduler.advance(1h);
-    select(0);
-    quit();
-    EXPECT_EQ(noteText("plan.txt"), "theirs");
-    for (const auto& call : disk.calls())
-        EXPECT_FALSE(call.operation == DiskOperation::write && call.path.native().starts_with(notes));
 }
 
 } // namespace

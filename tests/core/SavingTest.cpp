@@ -93,32 +93,6 @@ TEST_F(SavingTest, LargeTextsAreWrittenInTheBackgroundInOrder)
     EXPECT_EQ(app->store.notes->front().byteSize, 600 * 1024 + 8);
 }
 
-TEST_F(SavingTest, TypingWhileASlowDiskSaves)
-{
-    disk.putFolder("/docs");
-    start();
-    open("/docs/large");
-    pasteLarge();
-    int steps = 0;
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.path.native().find("/docs/.lq-") != 0 || ++steps > 12)
-            return;
-        type("y"); // while the disk takes five seconds for each step
-        scheduler.advance(5s);
-    });
-    scheduler.advance(800ms);
-    while (steps == 0)
-        scheduler.runNextBackground(); // the journal may come first
-    EXPECT_GT(view.text().length(), 600 * 1024 + 3);
-    disk.heal();
-    disk.setHook(nullptr);
-    scheduler.settle();
-    scheduler.advance(1s);
-    scheduler.settle();
-    EXPECT_EQ(disk.bytes("/docs/large"), shown());
-    EXPECT_FALSE(app->isDirty.get());
-}
-
 TEST_F(SavingTest, TheWordsStayWhenTheEditorGoes)
 {
     start();

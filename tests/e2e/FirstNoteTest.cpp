@@ -64,24 +64,6 @@ TEST(Signals, FlushWriteTheSessionAndEnd)
     }
 }
 
-TEST(CommandLine, OpensAnyTextFileAndKeepsItsLineEndings)
-{
-    Desk desk(&screen());
-    const fs::path file = desk.home() / "list.md";
-    write(file, "one\r\ntwo\r\n");
-    desk.start({file});
-    screen().key("ctrl+End");
-    screen().type("three");
-    EXPECT_EQ(desk.quit(), 0);
-    EXPECT_EQ(contents(file), "one\r\ntwo\r\nthree");
-
-    desk.start();
-    screen().key("ctrl+Home");
-    screen().type("0");
-    EXPECT_EQ(desk.quit(), 0);
-    EXPECT_EQ(contents(file), "0one\r\ntwo\r\nthree");
-}
-
 TEST(CommandLine, SurvivesWhateverIsNotATextFile)
 {
     Desk desk(&screen());

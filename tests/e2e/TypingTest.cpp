@@ -1,5 +1,5 @@
 // Every way in which a keyboard and a mouse type, in the real program: dead keys, Compose, AltGr, layouts,
-// the X selection, text that is dragged.
+// the X selection.
 #include "EndToEnd.h"
 
 #include <gtest/gtest.h>
@@ -73,17 +73,6 @@ protected:
         }
         return {top.x + left, top.y + first, right - left, last - first};
     }
-    void drag(int fromX, int toX, int y)
-    {
-        screen().pressButton(fromX, y);
-        for (const int x : {fromX + (toX - fromX) / 3, fromX + (toX - fromX) / 2, toX, toX}) {
-            std::this_thread::sleep_for(100ms);
-            screen().moveTo(x, y);
-        }
-        std::this_thread::sleep_for(200ms);
-        screen().releaseButton();
-    }
-
     Desk desk{&screen()};
 };
 
@@ -122,7 +111,7 @@ TEST_F(Typing, TheRussianLayoutTypesAndKeepsTheShortcuts)
     EXPECT_TRUE(eventually([&] { return desk.noteNames().size() == 2; }));
 }
 
-TEST_F(Typing, TheMouseSelectsPastesAndDrags)
+TEST_F(Typing, TheMouseSelectsAndPastes)
 {
     desk.start();
     screen().type("one two");
@@ -139,17 +128,6 @@ TEST_F(Typing, TheMouseSelectsPastesAndDrags)
     };
     selectOne();
     screen().click(end, row, 2); // the middle button
-    expectText("one twoone");
-    screen().key("ctrl+z");
-    selectOne();
-    drag(inOne, end, row);
-    expectText(" twoone");
-    screen().key("ctrl+z");
-    expectText("one two");
-    selectOne();
-    screen().hold("ctrl", true);
-    drag(inOne, end, row);
-    screen().hold("ctrl", false);
     expectText("one twoone");
 }
 

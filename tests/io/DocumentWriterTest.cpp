@@ -247,35 +247,6 @@ TEST_F(SaveBesideOthers, OurOwnSaveIsOursFromItsFirstMomentOn)
     EXPECT_TRUE(save("longer than before"));
 }
 
-TEST(ReadFile, TakesWhatItGetsOfAFileThatChanges)
-{
-    ManualScheduler clock;
-    FakeFileSystem disk(clock);
-    disk.putFile("/a", std::string(600'000, 'a'));
-    int reads = 0;
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation == DiskOperation::read && ++reads == 2)
-            disk.putFile("/a", std::string(1'500'000, 'b'));
-    });
-    const auto grown = readFile(disk, "/a");
-    ASSERT_TRUE(grown);
-    EXPECT_EQ(grown->bytes.size(), 1'500'000u);
-    EXPECT_EQ(grown->info.size, 600'000);
-    EXPECT_TRUE(grown->bytes.ends_with("b"));
-
-    reads = 0;
-    disk.setHook([&](const FakeFileSystem::Call& call) {
-        if (call.operation == DiskOperation::read && ++reads == 2)
-            disk.putFile("/a", "shrunk");
-    });
-    EXPECT_EQ(readFile(disk, "/a")->bytes.size(), 256u * 1024);
-    disk.setHook(nullptr);
-    EXPECT_EQ(readFile(disk, "/a", 3)->bytes, "shr");
-    EXPECT_EQ(readFile(disk, "/a")->bytes, "shrunk");
-    disk.failOnce(DiskOperation::read, EIO);
-    EXPECT_EQ(readTextFile(disk, "/a").error().code, EIO);
-}
-
 TEST(ReadFile, GivesUpOnAFileWithoutEnd)
 {
     ManualScheduler clock;

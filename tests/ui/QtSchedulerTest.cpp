@@ -23,20 +23,6 @@ bool isMainThread()
 
 } // namespace
 
-TEST(QtScheduler, RunsPostsInOrderAndInALaterTurn)
-{
-    QtScheduler scheduler;
-    std::vector<int> ran;
-    scheduler.post([&] {
-        scheduler.post([&] { ran.push_back(3); });
-        ran.push_back(1);
-    });
-    scheduler.post([&] { ran.push_back(2); });
-    EXPECT_TRUE(ran.empty());
-    ASSERT_TRUE(turnUntil([&] { return ran.size() == 3; }));
-    EXPECT_EQ(ran, (std::vector{1, 2, 3}));
-}
-
 TEST(QtScheduler, BringsPostsOfOtherThreadsToTheMainThread)
 {
     QtScheduler scheduler;
@@ -83,17 +69,6 @@ TEST(QtScheduler, BackgroundWorkHandsItsResultToTheMainThread)
     EXPECT_EQ(result, 42);
     EXPECT_FALSE(wasOnMain);
     EXPECT_FALSE(droppedRan);
-}
-
-TEST(QtScheduler, WaitsForRunningWorkAtItsEnd)
-{
-    std::atomic<int> done = 0;
-    {
-        QtScheduler scheduler;
-        for (int i = 0; i < 50; ++i)
-            scheduler.runInBackground(Priority::utility, [&] { ++done; });
-    }
-    EXPECT_EQ(done, 50);
 }
 
 TEST(QtScheduler, WatchesADescriptorUntilCancelledEvenFromItsOwnCallback)
