@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 namespace quillmark::test {
@@ -34,11 +35,7 @@ TEST_F(SessionBusTest, AScreenReaderHearsAKeyReadsTheTextAndWritesIt)
     desk.setEnvironment("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     bus.becomeScreenReader();
     desk.start({file});
-    EXPECT_TRUE(eventually([&] { // the bridge needs a moment to hear who listens
-        screen().type("a");
-        std::this_thread::sleep_for(200ms);
-        return contents(file) != "Купить хлеб.\n";
-    }));
+    std::this_thread::sleep_for(1s); // the bridge needs a moment to hear who listens
     screen().type("z");
     const auto typed = bus.waitFor("TextChanged", "'z'");
     ASSERT_TRUE(typed) << desk.log();
@@ -47,7 +44,8 @@ TEST_F(SessionBusTest, AScreenReaderHearsAKeyReadsTheTextAndWritesIt)
         = [&] { return bus.ask(*typed, "org.a11y.atspi.Text", "GetText", g_variant_new("(ii)", 0, -1)); };
     EXPECT_TRUE(text().ends_with("zКупить хлеб.\\n',)")) << text();
     bus.ask(*typed, "org.a11y.atspi.EditableText", "InsertText", g_variant_new("(isi)", 0, "и соль ", 7));
-    EXPECT_TRUE(eventually([&] { return contents(file).starts_with("и соль a"); })) << contents(file);
+    EXPECT_TRUE(eventually([&] { return contents(file) == "и соль zКупить хлеб.\n"; }, 20s))
+        << contents(file);
 }
 
 TEST_F(SessionBusTest, AFileManagerThatNeverAnswersIsAskedOnceAndHoldsNothingUp)
@@ -63,8 +61,16 @@ TEST_F(SessionBusTest, AFileManagerThatNeverAnswersIsAskedOnceAndHoldsNothingUp)
     }
     EXPECT_TRUE(
         bus.waitFor("ShowItems", "file://" + desk.home().string() + "/%D0%94%D0%BE%D0%BA%20%231/Notes'"));
+    screen().key("Escape"); // whatever menu a busy machine has left open
+    screen().key("Escape");
     screen().type("alive");
-    EXPECT_TRUE(eventually([&] { return contents(desk.home() / "Док #1/Notes/Untitled.txt") == "alive"; }));
+    EXPECT_TRUE(eventually(
+        [&] {
+            const fs::directory_iterator notes(desk.home() / "Док #1/Notes");
+            return std::ranges::any_of(
+                notes, [](const auto& note) { return contents(note.path()) == "alive"; });
+        },
+        20s));
     const auto asked = std::chrono::steady_clock::now();
     EXPECT_EQ(desk.quit(), 0) << desk.log();
     EXPECT_LT(std::chrono::steady_clock::now() - asked, 3s);

@@ -152,12 +152,12 @@ void typeSentence(XServer& screen, const std::string& sentence, std::mt19937_64&
 TEST(Soak, NobodyLosesAWordWhileAnotherProgramChangesTheFiles)
 {
     const char* const wanted = std::getenv("QUILLMARK_SOAK");
-    const auto end = Clock::now() + std::chrono::seconds(wanted ? std::atoi(wanted) : usualSeconds);
     XServer screen;
     Desk desk(&screen);
     const fs::path file = desk.home() / "list.md";
     OtherProgram other({file, desk.notes() / "План.txt", desk.notes() / "plan.txt"}, desk.home() / "away");
     desk.start({file});
+    const auto end = Clock::now() + std::chrono::seconds(wanted ? std::atoi(wanted) : usualSeconds);
     std::jthread others([&](const std::stop_token& stopped) {
         std::mt19937_64 random(seed() + 2);
         while (!stopped.stop_requested()) {
@@ -185,6 +185,7 @@ TEST(Soak, NobodyLosesAWordWhileAnotherProgramChangesTheFiles)
     others.request_stop();
     others.join();
     EXPECT_EQ(desk.signal(SIGTERM), 0) << desk.log();
+    EXPECT_FALSE(sentences.empty());
 
     std::cout << "Soak, seed " << seed() << ": " << sentences.size() << " sentences\n";
     std::string all = contents(file) + other.seen;
