@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QInputMethodEvent>
 #include <QMenu>
+#include <QMenuBar>
 #include <QWindow>
 
 #include <gtest/gtest.h>
@@ -106,7 +107,10 @@ protected:
     void closePopups()
     {
         while (QWidget* open = QApplication::activePopupWidget())
-            open->close();
+            QTest::keyClick(open, Qt::Key_Escape);
+        if (qobject_cast<QMenuBar*>(QApplication::focusWidget()))
+            window.key(Qt::Key_Escape); // gives the keyboard back
+        window.view().activateWindow();
         window.settle();
     }
 
