@@ -108,6 +108,19 @@ TEST(RowMap, KeepsWhatWasMeasuredOutsideAnEdit)
 
 // Long lines
 
+TEST(RowMap, CutsLongLinesBetweenCharactersAndBehindBlanks)
+{
+    const Rope rope(repeated(u"слово 👩‍👩‍👧 ", 1'300));
+    int64_t start = 0;
+    for (const int64_t end : segmentEnds(rope, {0, {0, rope.length()}})) {
+        EXPECT_LE(end - start, longestWholeLine);
+        EXPECT_GE(end - start, shortestSegment);
+        EXPECT_EQ(rope.at(end - 1), u' ');
+        start = end;
+    }
+    EXPECT_EQ(start, rope.length());
+}
+
 TEST(RowMap, CutsTheSameWhereverItLooks)
 {
     for (const int64_t length : {3'000, 3'001, 5'000, 5'003, 7'200, 20'000}) {
@@ -147,6 +160,22 @@ TEST(RowMap, CutsEvenWhereOneCharacterNeverEnds)
         mapped.edit({9'000, 0}, u"x");
         mapped.expectConsistent();
     }
+}
+
+TEST(RowMap, MakesOnlyTheTouchedSegmentAnew)
+{
+    MappedText mapped(std::u16string(1'000'000, u'x'));
+    for (const int64_t offset : {int64_t{0}, int64_t{500'123}, int64_t{1'000'000}}) {
+        const RowMap::Change change = mapped.edit({offset, 0}, u"y");
+        EXPECT_LE(change.replaced.length, longestWholeLine);
+        EXPECT_TRUE(change.replaced.location <= offset && offset <= change.replaced.end());
+    }
+    const RowMap::Change broken = mapped.edit({300'000, 0}, u"\n");
+    EXPECT_LE(broken.replaced.length, 2 * longestWholeLine);
+    const RowMap::Change joined = mapped.edit({300'000, 1}, u"");
+    EXPECT_LE(joined.replaced.length, 2 * longestWholeLine);
+    EXPECT_FALSE(mapped.map.isCounted()) << "what nobody asked for was not looked at";
+    mapped.expectConsistent();
 }
 
 // Stretches

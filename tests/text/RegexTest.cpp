@@ -131,6 +131,17 @@ TEST(RegexLimits, CatastrophesEndInTime)
     }
 }
 
+TEST(RegexLimits, TheDeadlineHoldsOverManyShortMatches)
+{
+    const std::u16string text(20'000'000, u'a');
+    int64_t count = 0;
+    Regex regex = compiled(u"a");
+    const auto countUp = [&](const Regex::Match&) { return ++count > 0; };
+    EXPECT_EQ(regex.forEachMatch(text, all(text), {.cancel = {}, .time = 5ms}, countUp), Outcome::timedOut);
+    EXPECT_GT(count, 0);
+    EXPECT_LT(count, 20'000'000);
+}
+
 TEST(RegexLimits, CancellingStopsBetweenMatchesAndInsideOne)
 {
     const auto flag = std::make_shared<std::atomic<bool>>(false);

@@ -168,6 +168,16 @@ TEST_F(UndoManagerTest, GroupsNestAndTheOutermostCounts)
     EXPECT_EQ(text(), u"«Texting");
 }
 
+TEST_F(UndoManagerTest, AnEditOutsideOfGroupsIsAStepWithTheCaretBehindWhatChanged)
+{
+    storage.replace({0, 0}, u"one two");
+    storage.replace({4, 3}, u"x");
+    EXPECT_EQ(undo.undo(), (Selection{7, 7}));
+    EXPECT_EQ(text(), u"one two");
+    EXPECT_EQ(undo.redo(), (Selection{5, 5}));
+    EXPECT_EQ(text(), u"one x");
+}
+
 TEST_F(UndoManagerTest, ANewEditForgetsWhatWasTakenBack)
 {
     type(u"one two");
