@@ -68,9 +68,8 @@ Result<bool> DocumentWriter::keepUnseenVersion(Save& save, const WrittenFile& re
     const auto present = m_disk.stat(save.path);
     if (!present && present.error().code != ENOENT) // nobody knows what would be replaced
         return std::unexpected(present.error());
-    const bool isChanged
-        = present && m_known.stateOf(m_disk, save.path, *present) == KnownFiles::State::changed;
-    if (!isChanged)
+    const auto state = present ? m_known.stateOf(m_disk, save.path, *present) : KnownFiles::State::asKnown;
+    if (state != KnownFiles::State::changed && state != KnownFiles::State::undecided)
         return true;
     const auto hash = hashOf(contentOfFile(m_disk, save.path));
     if (!hash)

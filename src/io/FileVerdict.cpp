@@ -7,6 +7,8 @@ namespace {
 
 FileVerdict verdictOf(KnownFiles::State state)
 {
+    if (state == KnownFiles::State::undecided) // its bytes cannot be read
+        return FileVerdict::unreachable;
     return state == KnownFiles::State::asKnown ? FileVerdict::ours : FileVerdict::changed;
 }
 

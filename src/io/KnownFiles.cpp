@@ -84,13 +84,15 @@ KnownFiles::State KnownFiles::stateOf(
     if (info.size > mostBytes)
         return State::undecided;
     const auto hash = hashOf(contentOfFile(disk, path));
-    const bool isEqual = hash && *hash == entry->stamp.hash;
+    if (!hash)
+        return State::undecided;
+    const bool isEqual = *hash == entry->stamp.hash;
     const std::lock_guard lock(m_mutex);
     const auto now = m_entries.find(path.native());
     if (now != m_entries.end() && now->second.stamp == entry->stamp) { // else somebody knows better by now
         if (isEqual)
             now->second = {.stamp = FileStamp(info, *hash), .expected = {}, .different = {}};
-        else if (hash)
+        else
             now->second.different = FileStamp(info, *hash);
     }
     return isEqual ? State::asKnown : State::changed;

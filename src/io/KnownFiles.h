@@ -41,7 +41,7 @@ public:
         unknown, ///< the file was neither read nor written here
         asKnown,
         changed, ///< by somebody else
-        undecided, ///< written anew, and too large to be compared here
+        undecided, ///< written anew, and too large to be compared here, or its bytes cannot be read
     };
     /// For where somebody waits: the bytes of larger files are compared on another thread.
     static constexpr int64_t comparedAtOnce = 512 * 1024;

@@ -144,9 +144,11 @@ void NoteStore::compareLater(const Note& note, const FileInfo& file)
         Priority::utility,
         [&known = m_services.known, &files = m_services.files, url = note.url, file](
             const CancelToken&) { return known.stateOf(files, url, file); },
-        [this, id = note.id](KnownFiles::State) {
+        [this, id = note.id](KnownFiles::State state) {
             m_comparisons.erase(id);
-            syncWithDisk();
+            const bool isUnreadable = state == KnownFiles::State::undecided;
+            m_syncTask = m_services.scheduler.after(
+                isUnreadable ? unreachablePause : Duration::zero(), [this] { syncWithDisk(); });
         });
 }
 

@@ -138,7 +138,7 @@ void AppState::Impl::activeNoteChanged()
     if (app.isDirty.get()) {
         if (!keepAsConflictCopy(document.id(), document.facts(), document.text())) {
             static_cast<void>(words.takeBack(document.file())); // the editor has them still
-            return;
+            return saveFailed({.message = "Файл изменён снаружи"});
         }
         document.wordsWentElsewhere();
     }
@@ -150,7 +150,7 @@ bool AppState::Impl::keepAsConflictCopy(const Uuid& id, const DocumentFacts& fac
 {
     const auto copy = app.store.writeConflictCopy(text, facts.file);
     if (!copy)
-        return words.keep(id, facts, text);
+        return words.keep(id, facts, text, UnsavedWords::Retry::recoveryOnly); // theirs stays in the file
     words.forget(id);
     app.showNotice(
         "Заметка изменена снаружи — ваша версия сохранена как «" + displayName(copy->stem()) + "»");
