@@ -77,6 +77,8 @@ void OpenDocument::begin(const Place& place)
     m_reading.cancel();
     m_keeping.cancel();
     m_isLoading.set(false);
+    static_cast<void>(rescue()); // words that came back while their document was being left
+    setDirty(false);
     m_words.closed(m_id);
     m_id = Uuid::random();
     m_tabID = place.tabID;

@@ -119,9 +119,9 @@ void AppState::Impl::leaveActiveDocument()
 {
     document.finishTyping();
     app.flushSave(AllowBackground::no);
+    app.commitActiveNoteTitle();
     static_cast<void>(document.rescue());
     document.wordsWentElsewhere();
-    app.commitActiveNoteTitle();
 }
 
 // ---- Closing
