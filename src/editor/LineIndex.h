@@ -14,7 +14,7 @@ namespace quillmark {
 class LineIndex {
 public:
     void rebuild(const Rope& text) { m_text = text; }
-    void applyEdit(const TextEdit& edit, const Rope& newText)
+    void applyEdit([[maybe_unused]] const TextEdit& edit, const Rope& newText)
     {
         assert(newText.length() == m_text.length() + edit.changeInLength && "an edit was left out");
         m_text = newText;
