@@ -344,7 +344,7 @@ void UnsavedWords::finish()
 
 void UnsavedWords::checkInvariants() const
 {
-    m_queue.checkInvariants();
+    assert(m_queue.checkInvariants().empty());
     for (const auto& [document, record] : m_records) {
         assert((record.state == State::queued || record.state == State::refused) == record.text.has_value());
         assert(record.state != State::typed || m_events.liveText(document));
