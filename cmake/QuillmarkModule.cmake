@@ -66,7 +66,7 @@ function(quillmark_tests name)
   # g++ 12 warns of overlapping copies in string concatenations where there are none (its bug 105651), and at -O1 of
   # copies beyond their ends.
   target_compile_options(${name} PRIVATE ${QUILLMARK_QT_WARNINGS}
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict> $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds>
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict> $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds> $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>
     $<$<CONFIG:Release>:-O1>)
   quillmark_sanitize(${name})
   if(arg_QT)

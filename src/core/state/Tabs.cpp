@@ -120,7 +120,10 @@ void AppState::Impl::leaveActiveDocument()
     document.finishTyping();
     app.flushSave(AllowBackground::no);
     app.commitActiveNoteTitle();
-    static_cast<void>(document.rescue());
+    const bool isUnsaved = document.isDirty.get() && !document.text().isEmpty();
+    if (document.rescue() && isUnsaved)
+        app.showNotice("Не удалось сохранить «" + displayName(document.file())
+            + "» — текст в меню «Файл», «Восстановленные тексты…»");
     document.wordsWentElsewhere();
 }
 
