@@ -15,7 +15,7 @@ constexpr size_t leadingBytes = 2048;
 /// "2026-11-22 21.05.09.123 (2) Plan.txt" belongs to "Plan.txt".
 std::string originalName(std::string_view kept)
 {
-    const size_t time = timeName(distantPast).size();
+    const size_t time = timeName(WallTime()).size(); // of any time
     if (kept.size() <= time + 1)
         return printable(Path(kept));
     kept.remove_prefix(time + 1);
